@@ -1,0 +1,275 @@
+#include "vdatafetcher_p.h"
+
+#include "log.h"
+#include "threadnumber.h"
+
+#include <QMutexLocker>
+#include <QTimerEvent>
+
+#include <algorithm>
+
+VDataFetcherPrivate::VDataFetcherPrivate(VDataFetcher *fetcher)
+    : QObject(fetcher)
+    , q(fetcher)
+    , thread(new VThread(this))
+{
+    connect(thread.data(), &QThread::started, this, &VDataFetcherPrivate::processNextTask);
+    connect(thread.data(), &QThread::finished, thread.data(), &QObject::deleteLater);
+}
+
+VDataFetcherPrivate::~VDataFetcherPrivate()
+{
+    if (isThreadRunning()) {
+        stop();
+    }
+}
+
+bool VDataFetcherPrivate::isThreadRunning() const
+{
+    return !thread.isNull() && thread->isRunning();
+}
+
+bool VDataFetcherPrivate::isQueued(int id) const
+{
+    const QMutexLocker locker(&queueMutex);
+    return std::any_of(execQueue.cbegin(), execQueue.cend(),
+                       [id](const QPointer<VFetchTask> &task) { return !task.isNull() && task->id() == id; });
+}
+
+void VDataFetcherPrivate::start()
+{
+    stopped = false;
+    if (isThreadRunning()) {
+        logWarning("DataFetcher: Fetcher already running");
+        return;
+    }
+    if (thread.isNull() || thread->isFinished()) {
+        // The thread deletes itself when it has finished.
+        logWarning("DataFetcher: Fetcher can not be started again");
+        return;
+    }
+    logDebug("VDataFetcher: start processing");
+    thread->start(QThread::InheritPriority);
+}
+
+void VDataFetcherPrivate::stop()
+{
+    stopped = true;
+    if (thread.isNull() || thread->isFinished()) {
+        logWarning("DataFetcher: Fetcher already stopped");
+        return;
+    }
+    logDebug("VDataFetcher: stop processing");
+    {
+        const QMutexLocker locker(&queueMutex);
+        execQueue.clear();
+    }
+    thread->quit();
+    thread->wait();
+}
+
+void VDataFetcherPrivate::add(VFetchTask *task, int invokeInterval, bool runNow)
+{
+    if (task->type() == VFetchTask::SingleShot && invokeInterval >= 1) {
+        logWarning("DataFetcher: Single shot task id=%d contains invoke interval %d", task->id(),
+                   invokeInterval);
+    }
+    task->setInvokeInterval(invokeInterval);
+
+    if (stopped || !isThreadRunning()) {
+        start();
+    }
+    if (!isQueued(task->id()) && !tasksById.contains(task->id())) {
+        connectTask(task);
+        if (!thread.isNull() && task->thread() != thread.data()) {
+            task->moveToThread(thread.data());
+        }
+    }
+    const bool periodic = task->type() == VFetchTask::Periodic;
+    if (periodic) {
+        tasksById.insert(task->id(), task);
+    }
+    if (runNow) {
+        addTaskToExecQueue(task);
+    } else if (periodic) {
+        scheduleRerun(task);
+    }
+}
+
+void VDataFetcherPrivate::connectTask(VFetchTask *task)
+{
+    // Unique, because a single-shot task that is handed over again is known neither to the queue nor by its
+    // id.
+    const auto once = static_cast<Qt::ConnectionType>(Qt::AutoConnection | Qt::UniqueConnection);
+    connect(task, &VFetchTask::doUpdate, this, qOverload<>(&VDataFetcherPrivate::addTaskToExecQueue), once);
+    connect(task, &VFetchTask::success, this, &VDataFetcherPrivate::taskFinishedSuccess, once);
+    connect(task, &VFetchTask::failure, this, &VDataFetcherPrivate::taskFinishedFailure, once);
+    connect(task, &VFetchTask::invokeIntervalChanged, this, &VDataFetcherPrivate::taskInvokeIntervalChanged,
+            once);
+    connect(task, &VFetchTask::typeChanged, this, &VDataFetcherPrivate::taskTypeChanged, once);
+}
+
+void VDataFetcherPrivate::disconnectTask(VFetchTask *task)
+{
+    disconnect(task, &VFetchTask::invokeIntervalChanged, this,
+               &VDataFetcherPrivate::taskInvokeIntervalChanged);
+    disconnect(task, &VFetchTask::typeChanged, this, &VDataFetcherPrivate::taskTypeChanged);
+    disconnect(task, &VFetchTask::doUpdate, this, qOverload<>(&VDataFetcherPrivate::addTaskToExecQueue));
+    disconnect(task, &VFetchTask::success, this, &VDataFetcherPrivate::taskFinishedSuccess);
+    disconnect(task, &VFetchTask::failure, this, &VDataFetcherPrivate::taskFinishedFailure);
+}
+
+void VDataFetcherPrivate::remove(int id)
+{
+    VFetchTask *const task = tasksById.value(id);
+    if (!tasksById.contains(id)) {
+        logWarning("DataFetcher: Wrong task id");
+        return;
+    }
+    cancelRerun(task);
+    removeTaskFromExecQueue(task);
+    tasksById.remove(id);
+    disconnectTask(task);
+    logDebug("DataFetcher: removed task with id %d", id);
+}
+
+void VDataFetcherPrivate::force(VFetchTask *task)
+{
+    cancelRerun(task);
+    addTaskToExecQueue(task);
+}
+
+void VDataFetcherPrivate::processNextTask()
+{
+    if (stopped || !isThreadRunning()) {
+        return;
+    }
+    QPointer<VFetchTask> task;
+    {
+        const QMutexLocker locker(&queueMutex);
+        while (task.isNull() && !execQueue.isEmpty()) {
+            task = execQueue.takeFirst();
+        }
+    }
+    if (task.isNull()) {
+        logDebug("DataFetcher: No tasks to run. Sleeping.");
+        return;
+    }
+    logDebug("DataFetcher: Woke up. Got some work here. Task id=%d, thread: %x", task->id(),
+             currentThreadNumber());
+    // The task lives on the worker thread: the call waits there behind the runs that were queued before.
+    QMetaObject::invokeMethod(task.data(), "run");
+}
+
+void VDataFetcherPrivate::addTaskToExecQueue()
+{
+    if (VFetchTask *task = senderTask()) {
+        addTaskToExecQueue(task);
+    }
+}
+
+void VDataFetcherPrivate::addTaskToExecQueue(VFetchTask *task)
+{
+    {
+        const QMutexLocker locker(&queueMutex);
+        execQueue.append(task);
+    }
+    processNextTask();
+}
+
+void VDataFetcherPrivate::removeTaskFromExecQueue(VFetchTask *task)
+{
+    {
+        const QMutexLocker locker(&queueMutex);
+        execQueue.removeAll(task);
+    }
+    processNextTask();
+}
+
+VFetchTask *VDataFetcherPrivate::senderTask() const
+{
+    return qobject_cast<VFetchTask *>(sender());
+}
+
+void VDataFetcherPrivate::taskFinishedSuccess(QByteArray /*body*/)
+{
+    VFetchTask *const task = senderTask();
+    if (task == nullptr) {
+        logWarning("DataFetcher: Task finished ignored as sender is deleted");
+        return;
+    }
+    Q_EMIT q->taskSuccess(task->id(), task);
+    if (task->type() == VFetchTask::Periodic && task->invokeInterval() >= 1) {
+        scheduleRerun(task);
+    }
+}
+
+// Unlike a success, a failure takes no notice of a deleted sender and wakes the queue; both are meant.
+void VDataFetcherPrivate::taskFinishedFailure(int /*code*/, QByteArray /*body*/)
+{
+    auto *const task = static_cast<VFetchTask *>(sender());
+    if (task == nullptr) {
+        return;
+    }
+    Q_EMIT q->taskFailure(task->id(), task);
+    if (task->type() == VFetchTask::Periodic) {
+        scheduleRerun(task);
+        processNextTask();
+    }
+}
+
+void VDataFetcherPrivate::taskInvokeIntervalChanged()
+{
+    if (VFetchTask *task = senderTask()) {
+        cancelRerun(task);
+        scheduleRerun(task);
+    }
+}
+
+void VDataFetcherPrivate::taskTypeChanged()
+{
+    VFetchTask *const task = senderTask();
+    if (task == nullptr) {
+        return;
+    }
+    if (task->type() == VFetchTask::SingleShot) {
+        cancelRerun(task);
+        removeTaskFromExecQueue(task);
+        tasksById.remove(task->id());
+    } else if (!tasksById.contains(task->id())) {
+        tasksById.insert(task->id(), task);
+        scheduleRerun(task);
+    }
+}
+
+void VDataFetcherPrivate::scheduleRerun(VFetchTask *task)
+{
+    if (stopped || !isThreadRunning() || task->invokeInterval() < 1) {
+        return;
+    }
+    cancelRerun(task); // a task queued twice finishes twice and still waits under one timer
+    logDebug("DataFetcher: Scheduling task %d to start again in %d seconds. Thread: %x", task->id(),
+             task->invokeInterval(), currentThreadNumber());
+    const int timer = startTimer(std::chrono::seconds(task->invokeInterval()));
+    taskByTimer.insert(timer, task);
+    timerByTask.insert(task, timer);
+}
+
+void VDataFetcherPrivate::cancelRerun(VFetchTask *task)
+{
+    if (timerByTask.contains(task)) {
+        const int timer = timerByTask.take(task);
+        killTimer(timer);
+        taskByTimer.remove(timer);
+    }
+}
+
+void VDataFetcherPrivate::timerEvent(QTimerEvent *event)
+{
+    VFetchTask *const task = taskByTimer.take(event->timerId());
+    timerByTask.remove(task);
+    killTimer(event->timerId());
+    if (task != nullptr) {
+        addTaskToExecQueue(task);
+    }
+}

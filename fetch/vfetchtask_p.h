@@ -1,0 +1,65 @@
+#pragma once
+
+#include "curlowners.h"
+#include "vfetchtask.h"
+
+#include <QMap>
+#include <QMutex>
+
+/// The private half of a VFetchTask, owned by it and living on its thread.
+class VFetchTaskPrivate : public QObject
+{
+    Q_OBJECT
+
+public:
+    struct FormPart {
+        QString kind;
+        QVariant value;
+    };
+
+    VFetchTaskPrivate(VFetchTask *task, int taskId);
+
+    /// Emits the task's doUpdate() once after @p ms milliseconds; a call before then starts over, and one
+    /// with less than 1 only takes the waiting one back. On the task's own thread.
+    void scheduleOneTimeUpdateIn(int ms);
+    void run();
+
+    VFetchTask *q;
+    const int id;
+    int invokeInterval = 0;
+    int status = 0;
+    int oneTimeTimerId = 0;
+    bool oneTimeTimerPending = false; ///< the id is kept after the timer has fired
+    bool oneTimeUpdate = false;
+    bool running = false;
+    int timeout = 180;         ///< seconds
+    mutable QMutex stateMutex; ///< guards running
+    mutable QMutex dataMutex;  ///< guards the settings; never held during a transfer
+    int method = VFetchTask::Get;
+    VFetchTask::VFetchTaskType type = VFetchTask::Periodic;
+    QString responseHeaderText;
+    QByteArray responseBody;
+    QUrl url;
+    QMap<QString, QString> headers;
+    QHttpResponseHeader responseHeader;
+    QVariantMap postParams;
+    QByteArray body;
+    QMap<QString, FormPart> formParts;
+    QByteArray customMethod;
+
+protected:
+    void timerEvent(QTimerEvent *event) override;
+
+private:
+    void setRunning(bool isRunning);
+    void transfer();
+    // With dataMutex held.
+    void applyMethod(CURL *handle, CurlForm &form) const;
+    void applyBody(CURL *handle) const;
+    void applyTarget(CURL *handle, const CurlList &headerList, const QByteArray &encodedUrl);
+    CurlList headerList() const;
+    CurlForm multipartForm() const;
+
+    void reportAnswer(CURL *handle, const char *methodWord, const QByteArray &encodedUrl);
+    void reportTransferFailure(CURLcode code, const QByteArray &encodedUrl);
+};
