@@ -1,0 +1,11 @@
+#pragma once
+
+#include <QDBusConnection>
+#include <QString>
+
+/// Gives @p connection back after telling it that @p interface has no members to ask the service for.
+///
+/// QDBusInterface's constructor introspects the remote object unless its connection knows the interface
+/// already. That call starts an absent service and waits for one that hangs, and a proxy needs none of its
+/// answer: it names its members itself.
+const QDBusConnection &withoutIntrospection(const QDBusConnection &connection, const QString &interface);
