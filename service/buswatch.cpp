@@ -1,0 +1,20 @@
+#include "buswatch.h"
+
+#include "log.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+
+BusWatch::BusWatch(QDBusConnection connection)
+{
+    // The connection tells of its own end by a signal that comes from no service.
+    connection.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                       QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
+                       SLOT(busWasLost()));
+}
+
+void BusWatch::busWasLost()
+{
+    logWarning("QWIXTD: lost the system bus");
+    QCoreApplication::exit(lostBusStatus);
+}
