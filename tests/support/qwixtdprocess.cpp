@@ -1,0 +1,165 @@
+#include "qwixtdprocess.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QFileInfo>
+
+#include <csignal>
+
+namespace
+{
+constexpr int startTimeoutMs = 20000;
+constexpr int stopTimeoutMs = 10000;
+constexpr int pollMs = 5;
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+// The process's parent, from the second field behind its name, which stands in brackets and may hold
+// anything.
+qint64 parentOf(qint64 processId)
+{
+    const QByteArray stat = contentOf(QStringLiteral("/proc/%1/stat").arg(processId));
+    return stat.mid(stat.lastIndexOf(')') + 1).simplified().split(' ').value(1).toLongLong();
+}
+} // namespace
+
+QwixtdProcess::QwixtdProcess(const QString &program_, const QString &bundlePath_)
+    : program(program_)
+    , bundlePath(bundlePath_)
+    , environment(QProcessEnvironment::systemEnvironment())
+{
+    environment.remove(QStringLiteral("JOURNAL_STREAM"));
+}
+
+QwixtdProcess::~QwixtdProcess()
+{
+    if (!isRunning()) {
+        return;
+    }
+    if (daemonId > 0) {
+        ::kill(static_cast<pid_t>(daemonId), SIGKILL);
+    } else {
+        process.kill();
+    }
+    process.waitForFinished(stopTimeoutMs);
+}
+
+void QwixtdProcess::setEnvironment(const QString &name, const QString &value)
+{
+    if (value.isEmpty()) {
+        environment.remove(name);
+    } else {
+        environment.insert(name, value);
+    }
+}
+
+bool QwixtdProcess::start(const QString &busAddress, const QString &serverHost)
+{
+    daemonId = 0;
+    standardOutput.clear();
+    standardError.clear();
+    setEnvironment(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), busAddress);
+    setEnvironment(QStringLiteral("QWIXTD_SERVER_HOST"), serverHost);
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral("setpriv"),
+                  {QStringLiteral("--pdeathsig"), QStringLiteral("KILL"), QStringLiteral("bwrap"),
+                   QStringLiteral("--dev-bind"), QStringLiteral("/"), QStringLiteral("/"),
+                   QStringLiteral("--die-with-parent"), QStringLiteral("--bind"), bundlePath,
+                   QStringLiteral("/etc/ssl/certs/ca-certificates.crt"), program});
+    QElapsedTimer elapsed;
+    elapsed.start();
+    while (daemonId == 0 && elapsed.elapsed() < startTimeoutMs) {
+        daemonId = findDaemon();
+        // A daemon that ends at once, as it does without a bus, has been started all the same.
+        if (daemonId == 0 && process.waitForFinished(pollMs)) {
+            return true;
+        }
+        if (process.state() == QProcess::NotRunning) {
+            break;
+        }
+    }
+    if (daemonId == 0) {
+        qWarning("%s was not started: %s", qPrintable(program), qPrintable(process.errorString()));
+    }
+    return daemonId != 0;
+}
+
+bool QwixtdProcess::isRunning() const
+{
+    return process.state() != QProcess::NotRunning;
+}
+
+bool QwixtdProcess::waitForExit(int timeoutMs)
+{
+    return process.state() == QProcess::NotRunning || process.waitForFinished(timeoutMs);
+}
+
+int QwixtdProcess::exitStatus() const
+{
+    return process.exitCode();
+}
+
+void QwixtdProcess::terminate()
+{
+    if (isRunning() && daemonId > 0) {
+        ::kill(static_cast<pid_t>(daemonId), SIGTERM);
+        process.waitForFinished(stopTimeoutMs);
+    }
+}
+
+qint64 QwixtdProcess::processId() const
+{
+    return daemonId;
+}
+
+QByteArray QwixtdProcess::statusField(const QByteArray &name) const
+{
+    const QList<QByteArray> lines = contentOf(QStringLiteral("/proc/%1/status").arg(daemonId)).split('\n');
+    for (const QByteArray &line : lines) {
+        if (line.startsWith(name + ':')) {
+            return line.mid(name.size() + 1).trimmed();
+        }
+    }
+    return {};
+}
+
+QList<QByteArray> QwixtdProcess::errorLines()
+{
+    collect();
+    QList<QByteArray> lines = standardError.split('\n');
+    lines.removeLast();
+    return lines;
+}
+
+QByteArray QwixtdProcess::output()
+{
+    collect();
+    return standardOutput + standardError;
+}
+
+void QwixtdProcess::collect()
+{
+    if (isRunning()) {
+        process.waitForReadyRead(0);
+    }
+    standardOutput += process.readAllStandardOutput();
+    standardError += process.readAllStandardError();
+}
+
+// bubblewrap stays as the parent of what it runs; the daemon is its one child, once that runs the program.
+qint64 QwixtdProcess::findDaemon() const
+{
+    const QStringList entries = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs);
+    for (const QString &entry : entries) {
+        const qint64 candidate = entry.toLongLong();
+        if (candidate > 0 && parentOf(candidate) == process.processId()) {
+            const QString running = QFile::symLinkTarget(QStringLiteral("/proc/%1/exe").arg(candidate));
+            return QFileInfo(running).fileName() == QFileInfo(program).fileName() ? candidate : 0;
+        }
+    }
+    return 0;
+}
