@@ -1,0 +1,56 @@
+#include "httpsclient.h"
+
+#include <curl/curl.h>
+
+namespace
+{
+constexpr long timeoutSeconds = 20;
+
+size_t append(char *data, size_t size, size_t count, void *target)
+{
+    static_cast<QByteArray *>(target)->append(data, static_cast<int>(size * count));
+    return size * count;
+}
+} // namespace
+
+HttpsClient::HttpsClient(const QByteArray &authorityPath)
+    : authority(authorityPath)
+    , handle(curl_easy_init(), &curl_easy_cleanup)
+{
+}
+
+void HttpsClient::setReuseConnection(bool reuse_)
+{
+    reuse = reuse_;
+}
+
+HttpsClient::Result HttpsClient::send(const QByteArray &method, const QByteArray &url,
+                                      const QList<QByteArray> &headers, const QByteArray &body) const
+{
+    CURL *const curl = handle.get();
+    Result result;
+    curl_slist *lines = nullptr;
+    for (const QByteArray &header : headers) {
+        lines = curl_slist_append(lines, header.constData());
+    }
+    curl_easy_reset(curl);
+    curl_easy_setopt(curl, CURLOPT_URL, url.constData());
+    curl_easy_setopt(curl, CURLOPT_CAINFO, authority.constData());
+    curl_easy_setopt(curl, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(curl, CURLOPT_TIMEOUT, timeoutSeconds);
+    curl_easy_setopt(curl, CURLOPT_FORBID_REUSE, reuse ? 0L : 1L);
+    curl_easy_setopt(curl, CURLOPT_HTTPHEADER, lines);
+    curl_easy_setopt(curl, CURLOPT_WRITEFUNCTION, &append);
+    curl_easy_setopt(curl, CURLOPT_WRITEDATA, &result.body);
+    if (!body.isNull()) {
+        curl_easy_setopt(curl, CURLOPT_POSTFIELDS, body.constData());
+        curl_easy_setopt(curl, CURLOPT_POSTFIELDSIZE, static_cast<long>(body.size()));
+    }
+    curl_easy_setopt(curl, CURLOPT_CUSTOMREQUEST, method.constData());
+    result.code = curl_easy_perform(curl);
+    long status = 0;
+    curl_easy_getinfo(curl, CURLINFO_RESPONSE_CODE, &status);
+    result.status = static_cast<int>(status);
+    curl_slist_free_all(lines);
+    return result;
+}
