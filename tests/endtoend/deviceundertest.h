@@ -1,0 +1,99 @@
+#pragma once
+
+#include "devicesimulator.h"
+#include "privatebus.h"
+#include "qwixtdprocess.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QMap>
+#include <QObject>
+#include <QStringList>
+#include <QTest>
+
+#include <memory>
+
+/// Waits, with a bound, until the condition holds or the values are equal.
+#define EVENTUALLY(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, DeviceUnderTest::patienceMs)
+#define EVENTUALLY_EQUAL(actual, expected)                                                                   \
+    QTRY_COMPARE_WITH_TIMEOUT(actual, expected, DeviceUnderTest::patienceMs)
+
+/// A whole device for one test: a private bus, the device's services, the developer server and the real
+/// daemon as a process of its own. It begins with an API key, the remote id "d9", the internet and the
+/// widgets "u1" to "u3". When it goes, the test fails if the daemon ended unasked or wrote a complaint of the
+/// framework or of a sanitizer.
+class DeviceUnderTest : public QObject
+{
+    Q_OBJECT
+public:
+    /// The program as it is shipped, or the same with its debug and verbose lines.
+    enum Build { Shipped, WithDebugLines };
+
+    static constexpr int patienceMs = 20000;
+    static const QString apiKey;
+
+    explicit DeviceUnderTest(Build build = Shipped);
+    ~DeviceUnderTest() override;
+
+    PrivateBus &bus();
+    DaemonService &daemon();
+    WidgetManagerService &widgetManager();
+    DeveloperServer &server();
+    DaemonWatcher &watcher();
+    QwixtdProcess &program();
+    /// A bus connection of the test's own.
+    QDBusConnection connection() const;
+
+    /// Starts the device's two services.
+    bool startServices();
+    /// Starts the program and waits until it has read the device and answers on the bus.
+    bool startProgram();
+    /// Both; then waits for daemonDidStarted, with which the daemon has its list.
+    bool startAll();
+    /// The server ("host:port") of the next startProgram(), in place of the developer server.
+    void useServer(const QString &host);
+    /// From now on the program may end by itself.
+    void expectExit();
+
+    /// Each returns when the bus has carried the signal, so that a call of the daemon that follows finds it
+    /// told.
+    bool setInternetAvailable(bool available);
+    bool setApiKey(const QString &key);
+    bool deleteWidget(const QString &id);
+    bool createWidget(const QString &id);
+
+    /// Each calls the daemon's method and returns when the empty answer is there.
+    bool registerApplication(const QString &uuid, const QString &name, const QString &type);
+    bool updateApplication(const QString &qwixtId, const QString &uuid, const QString &name,
+                           const QString &type);
+    bool deleteApplication(const QString &qwixtId, const QString &uuid, const QString &type);
+    QDBusMessage call(const QString &interface, const QString &member, const QVariantList &arguments) const;
+    QDBusMessage call(const QString &member, const QVariantList &arguments) const;
+
+    /// The daemon's signals so far, as "applicationRegistered(u1, app-1, clock)".
+    QStringList announced() const;
+    /// The server's requests so far, as "POST id=d9&identifier=u1".
+    QStringList requested() const;
+    /// The program's lines on standard error so far.
+    QList<QByteArray> lines();
+    /// Those of the platform log with this letter, without "<letter>/QWIXTD: ".
+    QList<QByteArray> lines(char level);
+    bool hasLine(const QByteArray &line);
+
+private Q_SLOTS:
+    void noteDeviceSignal(const QDBusMessage &message);
+
+private:
+    bool answers() const;
+    bool waitForDeviceSignal(const QString &member, int countBefore);
+    bool isAnsweredEmpty(const QString &member, const QVariantList &arguments) const;
+
+    PrivateBus privateBus;
+    const QString connectionName;
+    QwixtdProcess process;
+    std::unique_ptr<DeviceSimulator> simulator;
+    QString serverHost;
+    QStringList announcements;
+    QMap<QString, int> deviceSignals;
+    bool mayExit = false;
+};
