@@ -1,0 +1,20 @@
+#!/bin/bash
+# test.sh [PRESET] [CTEST ARGUMENT...]: installs what is missing, builds and runs the tests; PRESET is release
+# unless given. The exit status and the last lines are CTest's.
+set -euo pipefail
+. "$(dirname "$0")/lib.sh"
+
+preset=release
+if [ $# -gt 0 ] && [ "${1#-}" = "$1" ]; then
+    preset=$1
+    shift
+fi
+
+packages=("${PACKAGES[@]}")
+if [ "$preset" = qt6 ]; then
+    packages+=(qt6-base-dev)
+fi
+install_packages "${packages[@]}"
+build "$preset"
+cd "$ROOT"
+exec ctest --preset "$preset" "$@"
