@@ -2,87 +2,88 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 #include <QJsonValue>
 
 #include <cmath>
-#include <limits>
 #include <optional>
 
 namespace
 {
 
-std::optional<QJsonValue> toJson(const QVariant &value);
+std::optional<QByteArray> toText(const QVariant &value);
 
-std::optional<QJsonValue> listToJson(const QVariantList &list)
+// A text or a number that is no integer, as the document class writes it.
+QByteArray scalarToText(const QJsonValue &value)
 {
-    QJsonArray array;
+    const QByteArray text = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
+    return text.mid(1, text.size() - 2);
+}
+
+std::optional<QByteArray> listToText(const QVariantList &list)
+{
+    QByteArray text;
     for (const QVariant &element : list) {
-        const std::optional<QJsonValue> json = toJson(element);
-        if (!json) {
+        const std::optional<QByteArray> written = toText(element);
+        if (!written) {
             return {};
         }
-        array.append(*json);
+        text += (text.isEmpty() ? "" : ",") + *written;
     }
-    return array;
+    return '[' + text + ']';
 }
 
-std::optional<QJsonValue> mapToJson(const QVariantMap &map)
+std::optional<QByteArray> mapToText(const QVariantMap &map)
 {
-    QJsonObject object;
+    QByteArray text;
     for (auto entry = map.cbegin(); entry != map.cend(); ++entry) {
-        const std::optional<QJsonValue> json = toJson(entry.value());
-        if (!json) {
+        const std::optional<QByteArray> written = toText(entry.value());
+        if (!written) {
             return {};
         }
-        object.insert(entry.key(), *json);
+        text += (text.isEmpty() ? "" : ",") + scalarToText(entry.key()) + ':' + *written;
     }
-    return object;
+    return '{' + text + '}';
 }
 
-std::optional<QJsonValue> numberToJson(double number) { return std::isfinite(number) ? std::optional<QJsonValue>(number) : std::nullopt; }
+std::optional<QByteArray> realToText(double number) { return std::isfinite(number) ? std::optional(scalarToText(number)) : std::nullopt; }
 
-// JSON's exact integers end at 2^63-1 here; what is larger keeps its first 53 bits.
-QJsonValue unsignedToJson(qulonglong number)
-{
-    constexpr auto largest = qulonglong(std::numeric_limits<qlonglong>::max());
-    return number <= largest ? QJsonValue(qlonglong(number)) : QJsonValue(double(number));
-}
-
-// Written out, because the document class stores what it cannot carry as null and does not say so.
-std::optional<QJsonValue> toJson(const QVariant &value)
+// Written out, because the document class stores what it cannot carry as null without a word, and in Qt 5 it
+// rounds integers beyond 2^53.
+std::optional<QByteArray> toText(const QVariant &value)
 {
     switch (value.userType()) {
     case QMetaType::UnknownType:
     case QMetaType::Nullptr:
-        return QJsonValue(QJsonValue::Null);
+        return QByteArrayLiteral("null");
     case QMetaType::Bool:
-        return value.toBool();
-    case QMetaType::QString:
-        return value.toString();
+        return value.toBool() ? QByteArrayLiteral("true") : QByteArrayLiteral("false");
     case QMetaType::QByteArray:
-        return QString::fromUtf8(value.toByteArray());
+        return scalarToText(QString::fromUtf8(value.toByteArray()));
     case QMetaType::QStringList:
     case QMetaType::QVariantList:
-        return listToJson(value.toList());
+        return listToText(value.toList());
     case QMetaType::QVariantMap:
     case QMetaType::QVariantHash:
-        return mapToJson(value.toMap());
+        return mapToText(value.toMap());
     case QMetaType::Double:
     case QMetaType::Float:
-        return numberToJson(value.toDouble());
+        return realToText(value.toDouble());
+    case QMetaType::UChar:
+    case QMetaType::UShort:
+    case QMetaType::UInt:
+    case QMetaType::ULong:
     case QMetaType::ULongLong:
-        return unsignedToJson(value.toULongLong());
+        return QByteArray::number(value.toULongLong());
+    case QMetaType::SChar:
+    case QMetaType::Short:
+    case QMetaType::Int:
+    case QMetaType::Long:
+    case QMetaType::LongLong:
+        return QByteArray::number(value.toLongLong());
     default:
         break;
     }
-    if (value.canConvert<qlonglong>()) {
-        return QJsonValue(value.toLongLong());
-    }
-    if (value.canConvert<QString>()) {
-        return value.toString();
-    }
-    return {};
+    return value.canConvert<QString>() ? std::optional(scalarToText(value.toString())) : std::nullopt;
 }
 
 } // namespace
@@ -97,13 +98,9 @@ QVariant Json::parse(const QByteArray &text)
 
 QByteArray Json::write(const QVariant &value, bool *ok)
 {
-    const std::optional<QJsonValue> json = toJson(value);
+    const std::optional<QByteArray> text = toText(value);
     if (ok) {
-        *ok = json.has_value();
+        *ok = text.has_value();
     }
-    if (!json) {
-        return {};
-    }
-    const QByteArray text = QJsonDocument(QJsonArray{*json}).toJson(QJsonDocument::Compact);
-    return text.mid(1, text.size() - 2);
+    return text.value_or(QByteArray());
 }

@@ -1,0 +1,254 @@
+#include "daemon/networkproxy.h"
+#include "fakeservice.h"
+#include "messagecapture.h"
+#include "privatebus.h"
+#include "proxytable.h"
+
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QtTest>
+
+#include <memory>
+
+namespace
+{
+
+// How long a service that is wrongly started gets to leave its mark.
+constexpr int activationGraceMs = 300;
+constexpr int shortTimeoutMs = 200;
+
+} // namespace
+
+/// What making a proxy costs, and what a proxy does without its service or with one that hangs.
+class TestProxyConstruction : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void absentService_isNotStarted();
+    void hangingService_isNotAsked();
+    void proxy_leavesNothingBehindOnTheConnection();
+    void interfaceKnownToTheConnection_isKept();
+    void callAfterCall_lastErrorFollows();
+    void callToAnAbsentService_saysThatItIsUnknown();
+    void serviceThatNeverAnswers_givesTheEmptyValueAfterTheTimeout();
+    void nonBlockingGetter_givesTheEmptyValueAtOnce();
+    void connectionWithoutBus_givesEmptyValues();
+    void parent_ownsTheProxy();
+
+private:
+    QDBusConnection client() const { return QDBusConnection::connectToBus(bus.address(), clientName); }
+    QString mark(const char *service) const { return folder.filePath(QLatin1String(service)); }
+    void makeActivatable(const char *service);
+
+    PrivateBus bus;
+    QTemporaryDir folder;
+    QString clientName;
+};
+
+void TestProxyConstruction::makeActivatable(const char *service)
+{
+    QFile file(bus.servicesFolder() + QStringLiteral("/%1.service").arg(QLatin1String(service)));
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    // It ends at once and badly, so that the bus does not go on waiting for it to own its name.
+    file.write(QStringLiteral("[D-BUS Service]\nName=%1\nExec=/bin/sh -c \"touch '%2'; exit 1\"\n")
+                   .arg(QLatin1String(service), mark(service))
+                   .toUtf8());
+}
+
+void TestProxyConstruction::initTestCase()
+{
+    for (const char *service : {"vorlet.daemon", "widget.manager", "vorlet.mqtt.client",
+                                "com.btnotifications", "spotify.server", "test.control"}) {
+        makeActivatable(service);
+    }
+    QVERIFY(bus.start());
+}
+
+void TestProxyConstruction::init()
+{
+    // A connection of its own for each test: it remembers the interfaces it has seen.
+    clientName = QLatin1String(QTest::currentTestFunction());
+}
+
+void TestProxyConstruction::cleanup()
+{
+    QDBusConnection::disconnectFromBus(clientName);
+}
+
+void TestProxyConstruction::absentService_isNotStarted()
+{
+    const QDBusConnection connection = client();
+    const QStringList activatable = connection.interface()->activatableServiceNames();
+    QVERIFY(activatable.contains(QStringLiteral("vorlet.daemon")));
+
+    QElapsedTimer timer;
+    timer.start();
+    const std::vector<ProxyTable> tables = everyProxyTable(connection);
+    const qint64 elapsedMs = timer.elapsed();
+    // The control: an ordinary interface object does start its service.
+    const QDBusInterface control(QStringLiteral("test.control"), QStringLiteral("/"),
+                                 QStringLiteral("test.control"), connection);
+    QTRY_VERIFY(QFile::exists(mark("test.control")));
+    QTest::qWait(activationGraceMs);
+
+    for (const ProxyTable &table : tables) {
+        QVERIFY2(!QFile::exists(folder.filePath(table.proxy->service())), table.className);
+        QVERIFY2(!table.proxy->isValid(), table.className);
+    }
+    QVERIFY2(elapsedMs < 1000, qPrintable(QString::number(elapsedMs)));
+}
+
+void TestProxyConstruction::hangingService_isNotAsked()
+{
+    FakeService fake(bus.address(),
+                     {QStringLiteral("vorlet.daemon"), QStringLiteral("widget.manager"),
+                      QStringLiteral("vorlet.mqtt.client"), QStringLiteral("com.btnotifications"),
+                      QStringLiteral("spotify.server")});
+    QVERIFY(fake.isRunning());
+    fake.answerNever();
+
+    QElapsedTimer timer;
+    timer.start();
+    const std::vector<ProxyTable> tables = everyProxyTable(client());
+    QVERIFY2(timer.elapsed() < 1000, qPrintable(QString::number(timer.elapsed())));
+
+    for (const ProxyTable &table : tables) {
+        QVERIFY2(table.proxy->isValid(), table.className);
+    }
+    // A question sent by a constructor would stand before this one.
+    const auto ping = QDBusMessage::createMethodCall(QStringLiteral("vorlet.daemon"), QStringLiteral("/"),
+                                                     QStringLiteral("test.device"), QStringLiteral("ping"));
+    fake.answerWith({});
+    client().call(ping);
+    const QList<RecordedCall> calls = fake.takeCalls();
+    QCOMPARE(calls.size(), 1);
+    QCOMPARE(calls.first().member, QStringLiteral("ping"));
+}
+
+void TestProxyConstruction::proxy_leavesNothingBehindOnTheConnection()
+{
+    QDBusConnection connection = client();
+    const Daemon::NetworkProxy proxy(nullptr, connection);
+    QDBusInterface own(connection.baseService(), QStringLiteral("/"),
+                       QStringLiteral("org.freedesktop.DBus.Introspectable"), connection);
+    const QDBusMessage reply = own.call(QStringLiteral("Introspect"));
+    QVERIFY(!reply.arguments().value(0).toString().contains(QStringLiteral("<node name")));
+}
+
+void TestProxyConstruction::interfaceKnownToTheConnection_isKept()
+{
+    // Proxies made one after the other, and side by side, share what the connection knows.
+    const QDBusConnection connection = client();
+    for (int round = 0; round < 3; ++round) {
+        const Daemon::NetworkProxy first(nullptr, connection);
+        const Daemon::NetworkProxy second(nullptr, connection);
+        QCOMPARE(first.metaObject(), second.metaObject());
+    }
+}
+
+void TestProxyConstruction::callAfterCall_lastErrorFollows()
+{
+    const auto connection = QDBusConnection::connectToBus(bus.address(), clientName);
+    auto fake = std::make_unique<FakeService>(bus.address(), QStringList{QStringLiteral("vorlet.daemon")});
+    fake->answerWith({true});
+    Daemon::NetworkProxy proxy(nullptr, connection);
+    QCOMPARE(proxy.lastError().type(), QDBusError::NoError);
+    QVERIFY(proxy.isInternetAvailable(QDBus::Block));
+    QCOMPARE(proxy.lastError().type(), QDBusError::NoError);
+
+    fake->answerWithError(QStringLiteral("com.vorlet.Failed"), QStringLiteral("no modem"));
+    QVERIFY(!proxy.isInternetAvailable(QDBus::Block));
+    QCOMPARE(proxy.lastError().name(), QStringLiteral("com.vorlet.Failed"));
+    QCOMPARE(proxy.lastError().message(), QStringLiteral("no modem"));
+
+    fake->answerWith({true});
+    QVERIFY(proxy.isInternetAvailable(QDBus::Block));
+    QCOMPARE(proxy.lastError().type(), QDBusError::NoError);
+}
+
+void TestProxyConstruction::callToAnAbsentService_saysThatItIsUnknown()
+{
+    // A bus that cannot start the service either.
+    PrivateBus emptyBus;
+    QVERIFY(emptyBus.start());
+    Daemon::NetworkProxy proxy(nullptr, QDBusConnection::connectToBus(emptyBus.address(), clientName));
+    QVERIFY(!proxy.isValid());
+
+    QCOMPARE(proxy.externalIp(QDBus::Block), QString());
+    QCOMPARE(proxy.lastError().type(), QDBusError::ServiceUnknown);
+
+    const FakeService fake(emptyBus.address(), {QStringLiteral("vorlet.daemon")});
+    QTRY_VERIFY(proxy.isValid());
+    proxy.clearSettings(QDBus::Block);
+    QCOMPARE(proxy.lastError().type(), QDBusError::NoError);
+}
+
+void TestProxyConstruction::serviceThatNeverAnswers_givesTheEmptyValueAfterTheTimeout()
+{
+    FakeService fake(bus.address(), {QStringLiteral("vorlet.daemon")});
+    fake.answerNever();
+    Daemon::NetworkProxy proxy(nullptr, client());
+    Daemon::NetworkProxy other(nullptr, client());
+    proxy.setTimeout(shortTimeoutMs);
+    const MessageCapture capture;
+
+    QElapsedTimer timer;
+    timer.start();
+    QCOMPARE(proxy.externalIp(QDBus::Block), QString());
+    QVERIFY(timer.elapsed() >= shortTimeoutMs - 50);
+    QVERIFY(timer.elapsed() < 20 * shortTimeoutMs);
+    QCOMPARE(proxy.lastError().type(), QDBusError::NoReply);
+    QVERIFY(proxy.getWifiState(QDBus::Block).isEmpty());
+    QCOMPARE(capture.debugTexts(), QStringList());
+
+    // The connection, the other proxy and this one go on as before.
+    fake.answerWith({QStringLiteral("192.0.2.1")});
+    QCOMPARE(other.externalIp(QDBus::Block), QStringLiteral("192.0.2.1"));
+    QCOMPARE(proxy.externalIp(QDBus::Block), QStringLiteral("192.0.2.1"));
+}
+
+void TestProxyConstruction::nonBlockingGetter_givesTheEmptyValueAtOnce()
+{
+    FakeService fake(bus.address(), {QStringLiteral("vorlet.daemon")});
+    fake.answerNever();
+    Daemon::NetworkProxy proxy(nullptr, client());
+
+    QCOMPARE(proxy.externalIp(QDBus::NoBlock), QString());
+    QVERIFY(!proxy.isInternetAvailable(QDBus::NoBlock));
+    proxy.clearSettings(QDBus::NoBlock);
+    QList<RecordedCall> calls;
+    QTRY_COMPARE((calls += fake.takeCalls()).size(), 3);
+}
+
+void TestProxyConstruction::connectionWithoutBus_givesEmptyValues()
+{
+    const QDBusConnection nowhere =
+        QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent/bus"), clientName);
+    QVERIFY(!nowhere.isConnected());
+    Daemon::NetworkProxy proxy(nullptr, nowhere);
+
+    QVERIFY(!proxy.isValid());
+    QCOMPARE(proxy.externalIp(QDBus::Block), QString());
+    proxy.clearSettings(QDBus::Block);
+    QVERIFY(!proxy.connectExternalIpChanged(this, SLOT(deleteLater())));
+    QVERIFY(proxy.lastError().type() != QDBusError::NoError);
+}
+
+void TestProxyConstruction::parent_ownsTheProxy()
+{
+    auto parent = std::make_unique<QObject>();
+    const QPointer<QObject> proxy = new Daemon::NetworkProxy(parent.get(), client());
+    QCOMPARE(proxy->parent(), parent.get());
+    parent.reset();
+    QVERIFY(proxy.isNull());
+}
+
+QTEST_GUILESS_MAIN(TestProxyConstruction)
+#include "tst_proxyconstruction.moc"
