@@ -1,7 +1,9 @@
 #pragma once
 
 // The multipart calls of this library are the ones marked as superseded; they are used on purpose.
+#ifndef CURL_DISABLE_DEPRECATION
 #define CURL_DISABLE_DEPRECATION
+#endif
 #include <curl/curl.h>
 
 #include <memory>

@@ -1,0 +1,287 @@
+#include "curlfake.h"
+
+#include <QMap>
+#include <QMutex>
+#include <QMutexLocker>
+#include <QThread>
+#include <QWaitCondition>
+
+#include <cstdarg>
+#include <cstring>
+
+extern "C" {
+CURL *__real_curl_easy_init();
+CURLcode __real_curl_easy_setopt(CURL *handle, CURLoption option, ...);
+void __real_curl_easy_cleanup(CURL *handle);
+
+CURL *__wrap_curl_easy_init();
+CURLcode __wrap_curl_easy_setopt(CURL *handle, CURLoption option, ...);
+CURLcode __wrap_curl_easy_perform(CURL *handle);
+CURLcode __wrap_curl_easy_getinfo(CURL *handle, CURLINFO info, ...);
+void __wrap_curl_easy_cleanup(CURL *handle);
+int __wrap___res_init();
+}
+
+namespace
+{
+
+using Callback = std::size_t (*)(char *, std::size_t, std::size_t, void *);
+
+struct Transfer {
+    CurlFake::Request request;
+    Callback write = nullptr;
+    void *writeTarget = nullptr;
+    Callback header = nullptr;
+    void *headerTarget = nullptr;
+    int status = 0;
+};
+
+struct State {
+    QMutex mutex;
+    QWaitCondition released;
+    bool held = false;
+    bool initFails = false;
+    int resolverReads = 0;
+    CurlFake::Answer answer;
+    QList<CurlFake::Answer> queue;
+    QMap<CURL *, Transfer> transfers;
+    QList<CurlFake::Request> begun;
+};
+
+State &state()
+{
+    static State instance;
+    return instance;
+}
+
+bool takesNumber(CURLoption option)
+{
+    return option < CURLOPTTYPE_OBJECTPOINT;
+}
+
+bool takesText(CURLoption option)
+{
+    return option == CURLOPT_URL || option == CURLOPT_CUSTOMREQUEST || option == CURLOPT_ACCEPT_ENCODING;
+}
+
+void note(Transfer &transfer, CURLoption option, void *argument)
+{
+    CurlFake::Option noted = {option, 0, nullptr, {}};
+    if (takesNumber(option)) {
+        noted.number = static_cast<long>(reinterpret_cast<intptr_t>(argument));
+    } else {
+        noted.object = argument;
+    }
+    if (takesText(option)) {
+        noted.text = static_cast<const char *>(argument);
+    } else if (option == CURLOPT_COPYPOSTFIELDS) {
+        noted.text = QByteArray(static_cast<const char *>(argument),
+                                static_cast<int>(transfer.request.number(CURLOPT_POSTFIELDSIZE)));
+    } else if (option == CURLOPT_HTTPHEADER) {
+        for (auto *line = static_cast<curl_slist *>(argument); line != nullptr; line = line->next) {
+            transfer.request.headers.append(line->data);
+        }
+    } else if (option == CURLOPT_WRITEFUNCTION) {
+        transfer.write = reinterpret_cast<Callback>(argument);
+    } else if (option == CURLOPT_WRITEDATA) {
+        transfer.writeTarget = argument;
+    } else if (option == CURLOPT_HEADERFUNCTION) {
+        transfer.header = reinterpret_cast<Callback>(argument);
+    } else if (option == CURLOPT_HEADERDATA) {
+        transfer.headerTarget = argument;
+    }
+    transfer.request.options.append(noted);
+}
+
+/// Hands text over a line at a time, as a header arrives.
+void deliver(Callback callback, void *target, const QByteArray &text)
+{
+    int begin = 0;
+    while (callback != nullptr && begin < text.size()) {
+        auto end = text.indexOf('\n', begin);
+        end = end < 0 ? text.size() : end + 1;
+        QByteArray piece = text.mid(begin, static_cast<int>(end) - begin);
+        callback(piece.data(), 1, static_cast<std::size_t>(piece.size()), target);
+        begin = static_cast<int>(end);
+    }
+}
+
+} // namespace
+
+CURL *__wrap_curl_easy_init()
+{
+    const QMutexLocker locker(&state().mutex);
+    if (state().initFails) {
+        return nullptr;
+    }
+    CURL *const handle = __real_curl_easy_init();
+    state().transfers.insert(handle, Transfer());
+    return handle;
+}
+
+CURLcode __wrap_curl_easy_setopt(CURL *handle, CURLoption option, ...)
+{
+    va_list arguments;
+    va_start(arguments, option);
+    void *const argument = va_arg(arguments, void *); // numbers and addresses are passed alike
+    va_end(arguments);
+    const QMutexLocker locker(&state().mutex);
+    note(state().transfers[handle], option, argument);
+    return __real_curl_easy_setopt(handle, option, argument);
+}
+
+CURLcode __wrap_curl_easy_perform(CURL *handle)
+{
+    QMutexLocker locker(&state().mutex);
+    Transfer &transfer = state().transfers[handle];
+    transfer.request.thread = QThread::currentThread();
+    state().begun.append(transfer.request);
+    while (state().held) {
+        state().released.wait(&state().mutex);
+    }
+    const CurlFake::Answer answer = state().queue.isEmpty() ? state().answer : state().queue.takeFirst();
+    Transfer &ended = state().transfers[handle];
+    ended.status = answer.status;
+    const Transfer copy = ended;
+    locker.unlock();
+    if (answer.code == CURLE_OK) {
+        deliver(copy.header, copy.headerTarget, answer.header);
+        deliver(copy.write, copy.writeTarget, answer.body);
+    }
+    return answer.code;
+}
+
+CURLcode __wrap_curl_easy_getinfo(CURL *handle, CURLINFO info, ...)
+{
+    va_list arguments;
+    va_start(arguments, info);
+    long *const result = va_arg(arguments, long *);
+    va_end(arguments);
+    const QMutexLocker locker(&state().mutex);
+    *result = info == CURLINFO_RESPONSE_CODE ? state().transfers[handle].status : 0;
+    return CURLE_OK;
+}
+
+void __wrap_curl_easy_cleanup(CURL *handle)
+{
+    {
+        const QMutexLocker locker(&state().mutex);
+        state().transfers.remove(handle);
+    }
+    __real_curl_easy_cleanup(handle);
+}
+
+int __wrap___res_init()
+{
+    const QMutexLocker locker(&state().mutex);
+    return ++state().resolverReads, 0;
+}
+
+namespace CurlFake
+{
+
+bool Request::has(CURLoption option) const
+{
+    for (const Option &noted : options) {
+        if (noted.option == option) {
+            return true;
+        }
+    }
+    return false;
+}
+
+long Request::number(CURLoption option) const
+{
+    for (const Option &noted : options) {
+        if (noted.option == option) {
+            return noted.number;
+        }
+    }
+    return -1;
+}
+
+QByteArray Request::text(CURLoption option) const
+{
+    for (const Option &noted : options) {
+        if (noted.option == option) {
+            return noted.text;
+        }
+    }
+    return QByteArray();
+}
+
+QByteArray Request::method() const
+{
+    if (has(CURLOPT_CUSTOMREQUEST)) {
+        return text(CURLOPT_CUSTOMREQUEST);
+    }
+    return has(CURLOPT_COPYPOSTFIELDS) ? QByteArray("POST") : QByteArray("GET");
+}
+
+void reset()
+{
+    const QMutexLocker locker(&state().mutex);
+    state().held = false;
+    state().initFails = false;
+    state().resolverReads = 0;
+    state().answer = Answer();
+    state().queue.clear();
+    state().begun.clear();
+    state().released.wakeAll();
+}
+
+void setAnswer(const Answer &answer)
+{
+    const QMutexLocker locker(&state().mutex);
+    state().answer = answer;
+}
+
+void queueAnswer(const Answer &answer)
+{
+    const QMutexLocker locker(&state().mutex);
+    state().queue.append(answer);
+}
+
+void hold()
+{
+    const QMutexLocker locker(&state().mutex);
+    state().held = true;
+}
+
+void release()
+{
+    const QMutexLocker locker(&state().mutex);
+    state().held = false;
+    state().released.wakeAll();
+}
+
+void setInitFails(bool fails)
+{
+    const QMutexLocker locker(&state().mutex);
+    state().initFails = fails;
+}
+
+QList<Request> requests()
+{
+    const QMutexLocker locker(&state().mutex);
+    return state().begun;
+}
+
+int requestCount()
+{
+    return static_cast<int>(requests().size());
+}
+
+int openHandles()
+{
+    const QMutexLocker locker(&state().mutex);
+    return static_cast<int>(state().transfers.size());
+}
+
+int resolverReads()
+{
+    const QMutexLocker locker(&state().mutex);
+    return state().resolverReads;
+}
+
+} // namespace CurlFake

@@ -1,0 +1,223 @@
+#include "platformcapture.h"
+#include "rawhttpserver.h"
+#include "vfetchtask.h"
+
+#include <QFile>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QtTest>
+
+namespace
+{
+
+QByteArray firstLine(const QByteArray &request)
+{
+    return request.left(request.indexOf("\r\n"));
+}
+
+QByteArray bodyOf(const QByteArray &request)
+{
+    return request.mid(request.indexOf("\r\n\r\n") + 4);
+}
+
+} // namespace
+
+/// Runs over a real connection: what a server receives, byte for byte.
+class TestTransfer : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void method_isOnTheWire_data();
+    void method_isOnTheWire();
+    void emptyPost_goesOutAsOne();
+    void largeBody_isSentWhole();
+    void form_carriesTextAndFile();
+    void redirect_isFollowed();
+    void compressedAnswer_isDecoded();
+    void closedConnection_isATransferError();
+    void unresolvedHost_isCodeSix();
+    void secondRun_startsAfresh();
+};
+
+void TestTransfer::method_isOnTheWire_data()
+{
+    QTest::addColumn<int>("method");
+    QTest::addColumn<QByteArray>("word");
+    QTest::newRow("Post") << 1 << QByteArray("POST");
+    QTest::newRow("Put") << 2 << QByteArray("PUT");
+    QTest::newRow("Delete") << 4 << QByteArray("DELETE");
+    QTest::newRow("Custom") << 5 << QByteArray("PATCH");
+}
+
+void TestTransfer::method_isOnTheWire()
+{
+    QFETCH(int, method);
+    QFETCH(QByteArray, word);
+    RawHttpServer server;
+    server.queueAnswer(201, "done");
+    VFetchTask task(1);
+    task.setUrl(server.url("/a/b?c=d"));
+    task.setRequestMethod(method);
+    task.setCustomMethod("PATCH");
+    task.setHeader(QStringLiteral("X-Mine"), QStringLiteral("yes"));
+    task.setPostParams({{QStringLiteral("name"), QStringLiteral("a&b=c%20")}, {QStringLiteral("e"), 1}});
+    const QSignalSpy successes(&task, &VFetchTask::success);
+    task.run();
+
+    QCOMPARE(successes.count(), 1);
+    QCOMPARE(successes.at(0).at(0).toByteArray(), QByteArray("done"));
+    QCOMPARE(task.status(), 201);
+    const QByteArray request = server.requests().constFirst();
+    QCOMPARE(firstLine(request), word + " /a/b?c=d HTTP/1.1");
+    QVERIFY(request.contains("\r\nX-Mine: yes\r\n"));
+    QCOMPARE(bodyOf(request), QByteArray("e=1&name=a&b=c%20"));
+}
+
+void TestTransfer::emptyPost_goesOutAsOne()
+{
+    RawHttpServer server;
+    server.queueAnswer(200, "");
+    VFetchTask task(1);
+    task.setUrl(server.url());
+    task.setRequestMethod(VFetchTask::Post);
+    const QSignalSpy successes(&task, &VFetchTask::success);
+    task.run();
+    QCOMPARE(successes.count(), 1);
+    QCOMPARE(firstLine(server.requests().constFirst()), QByteArray("POST / HTTP/1.1"));
+    QVERIFY(server.requests().constFirst().contains("\r\nContent-Length: 0\r\n"));
+    QCOMPARE(bodyOf(server.requests().constFirst()), QByteArray());
+}
+
+void TestTransfer::largeBody_isSentWhole()
+{
+    RawHttpServer server;
+    const QByteArray answer(300000, 'z');
+    server.queueAnswer(200, answer);
+    const QString value(100 * 1024, QLatin1Char('v'));
+    VFetchTask task(1);
+    task.setUrl(server.url());
+    task.setRequestMethod(VFetchTask::Put);
+    task.setPostParam(QStringLiteral("k"), value);
+    const QSignalSpy successes(&task, &VFetchTask::success);
+    task.run();
+    QCOMPARE(successes.count(), 1);
+    QCOMPARE(successes.at(0).at(0).toByteArray(), answer);
+    QCOMPARE(bodyOf(server.requests().constFirst()), "k=" + value.toLatin1());
+}
+
+void TestTransfer::form_carriesTextAndFile()
+{
+    const QTemporaryDir folder;
+    const QString path = folder.filePath(QStringLiteral("upload.txt"));
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write("content of the file");
+    file.close();
+
+    RawHttpServer server;
+    server.queueAnswer(200, "");
+    VFetchTask task(1);
+    task.setUrl(server.url());
+    task.setRequestMethod(VFetchTask::PostForm);
+    task.setFormPart(QStringLiteral("b"), QStringLiteral("text"), QStringLiteral("some text"));
+    task.setFormPart(QStringLiteral("a"), QStringLiteral("file"), path);
+    task.setFormPart(QStringLiteral("c"), QStringLiteral("other"), QStringLiteral("skipped"));
+    task.run();
+
+    QCOMPARE(task.status(), 200);
+    const QByteArray request = server.requests().constFirst();
+    QVERIFY(request.startsWith("POST / HTTP/1.1\r\n"));
+    QVERIFY(request.contains("Content-Type: multipart/form-data; boundary="));
+    const auto file1 = request.indexOf("name=\"a\"; filename=\"upload.txt\"");
+    const auto text1 = request.indexOf("name=\"b\"\r\n\r\nsome text\r\n");
+    QVERIFY(file1 > 0);
+    QVERIFY(text1 > file1); // ascending order of names
+    QVERIFY(request.contains("content of the file"));
+    QVERIFY(!request.contains("skipped"));
+}
+
+void TestTransfer::redirect_isFollowed()
+{
+    RawHttpServer server;
+    server.queueAnswer("HTTP/1.1 302 Found\r\nLocation: /there\r\nX: first\r\nContent-Length: 0\r\n"
+                       "Connection: close\r\n\r\n");
+    server.queueAnswer("HTTP/1.1 200 OK\r\nX: last\r\nContent-Length: 2\r\n\r\nok");
+    VFetchTask task(1);
+    task.setUrl(server.url("/here"));
+    const QSignalSpy successes(&task, &VFetchTask::success);
+    task.run();
+    QCOMPARE(successes.count(), 1);
+    QCOMPARE(firstLine(server.requests().at(1)), QByteArray("GET /there HTTP/1.1"));
+    QCOMPARE(task.responseHeader().allValues(QStringLiteral("x")), QStringList{QStringLiteral("last")});
+
+    // A redirect without a place to go is not followed: a failure with its status.
+    server.queueAnswer(300, "choose");
+    const QSignalSpy failures(&task, &VFetchTask::failure);
+    task.run();
+    QCOMPARE(failures.count(), 1);
+    QCOMPARE(failures.at(0).at(0).toInt(), 300);
+    QCOMPARE(failures.at(0).at(1).toByteArray(), QByteArray("choose"));
+}
+
+void TestTransfer::compressedAnswer_isDecoded()
+{
+    // "compressed text" as gzip packs it
+    static const QByteArray packed =
+        QByteArray::fromHex("1f8b08000000000002034bcecf2d284a2d2e4e4d512849ad280100c218d8d80f000000");
+    RawHttpServer server;
+    server.queueAnswer("HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: " +
+                       QByteArray::number(packed.size()) + "\r\n\r\n" + packed);
+    VFetchTask task(1);
+    task.setUrl(server.url());
+    const QSignalSpy successes(&task, &VFetchTask::success);
+    task.run();
+    QVERIFY(server.requests().constFirst().contains("\r\nAccept-Encoding: "));
+    QCOMPARE(successes.count(), 1);
+    QCOMPARE(successes.at(0).at(0).toByteArray(), QByteArray("compressed text"));
+}
+
+void TestTransfer::closedConnection_isATransferError()
+{
+    RawHttpServer server; // no answer queued: it closes
+    VFetchTask task(1);
+    task.setUrl(server.url());
+    const QSignalSpy failures(&task, &VFetchTask::failure);
+    task.run();
+    QCOMPARE(failures.count(), 1);
+    QCOMPARE(failures.at(0).at(0).toInt(), 52);
+    QCOMPARE(failures.at(0).at(1).toByteArray(), QByteArray());
+    QCOMPARE(task.status(), 0);
+}
+
+void TestTransfer::unresolvedHost_isCodeSix()
+{
+    VFetchTask task(1);
+    task.setUrl(QStringLiteral("http://no-such-host.invalid/"));
+    const QSignalSpy failures(&task, &VFetchTask::failure);
+    PlatformCapture::clear();
+    task.run();
+    QCOMPARE(failures.count(), 1);
+    QCOMPARE(failures.at(0).at(0).toInt(), 6);
+    QVERIFY(PlatformCapture::texts(6).constFirst().startsWith(
+        "FetchTask: [Error] 6 http://no-such-host.invalid/ "));
+}
+
+void TestTransfer::secondRun_startsAfresh()
+{
+    RawHttpServer server;
+    server.queueAnswer(200, "one");
+    server.queueAnswer(404, "two");
+    VFetchTask task(1);
+    task.setUrl(server.url());
+    const QSignalSpy failures(&task, &VFetchTask::failure);
+    task.run();
+    task.run();
+    QCOMPARE(failures.count(), 1);
+    QCOMPARE(failures.at(0).at(0).toInt(), 404);
+    QCOMPARE(failures.at(0).at(1).toByteArray(), QByteArray("two"));
+    QCOMPARE(task.responseBody(), QByteArray("two"));
+}
+
+QTEST_GUILESS_MAIN(TestTransfer)
+#include "tst_transfer.moc"
