@@ -1,0 +1,193 @@
+#include "certificates.h"
+#include "httpsclient.h"
+#include "privatebus.h"
+#include "qwixtdprocess.h"
+#include "rawtlsserver.h"
+
+#include <QtTest>
+
+#include <QFile>
+
+#include <arpa/inet.h>
+#include <csignal>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace
+{
+const QByteArray path = "/api/v1/qwixt/apps";
+
+QByteArray contentOf(const QString &fileName)
+{
+    QFile file(fileName);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+} // namespace
+
+// What other tests stand on.
+class TestTestSupport : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+
+    void bundle_holdsTheAuthority();
+    void rawServer_keepsTheRequestsBytes();
+    void rawServer_keepsALongBodyWhole();
+    void rawServer_answersTheGivenText();
+    void rawServer_stopsWithASilentConnection();
+    void daemonProcess_runsAndTrustsTheAuthority();
+    void daemonProcess_endsWithTerminate();
+    void daemonProcess_endsWithItsObject();
+    void daemonWithoutABus_exitsWithItsStatusAndLine();
+    void environment_reachesTheDaemon();
+
+private:
+    HttpsClient client() const;
+
+    PrivateBus bus;
+};
+
+void TestTestSupport::initTestCase()
+{
+    QVERIFY(bus.start());
+}
+
+HttpsClient TestTestSupport::client() const
+{
+    return HttpsClient(Certificates::shared().authority().toUtf8());
+}
+
+void TestTestSupport::bundle_holdsTheAuthority()
+{
+    const QByteArray authority = contentOf(Certificates::shared().authority());
+    QVERIFY(authority.startsWith("-----BEGIN CERTIFICATE-----"));
+    QVERIFY(contentOf(Certificates::shared().bundle()).endsWith(authority));
+}
+
+void TestTestSupport::rawServer_keepsTheRequestsBytes()
+{
+    RawTlsServer server;
+    QVERIFY(server.start(Certificates::shared().serverCertificate(), Certificates::shared().serverKey()));
+    const QByteArray host = server.host().toUtf8();
+    const HttpsClient::Result result =
+        client().send("PUT", "https://" + host + path, {"Accept: application/json", "X-B:  b "},
+                      QByteArray("name=a&=%\n\xc3\xbc"));
+    QCOMPARE(result.code, 0);
+    QCOMPARE(result.status, 200);
+    QCOMPARE(result.body, QByteArray("{}"));
+    QCOMPARE(server.requests().size(), 1);
+    QCOMPARE(server.requests().at(0), "PUT " + path + " HTTP/1.1\r\nHost: " + host +
+                                          "\r\nAccept: application/json\r\nX-B:  b \r\nContent-Length: 12\r\n"
+                                          "Content-Type: application/x-www-form-urlencoded\r\n\r\n"
+                                          "name=a&=%\n\xc3\xbc");
+}
+
+void TestTestSupport::rawServer_keepsALongBodyWhole()
+{
+    RawTlsServer server;
+    QVERIFY(server.start(Certificates::shared().serverCertificate(), Certificates::shared().serverKey()));
+    const QByteArray body(100 * 1024, 'x');
+    QCOMPARE(client().send("POST", "https://" + server.host().toUtf8() + path, {}, body).status, 200);
+    QVERIFY(server.requests().at(0).endsWith("\r\n\r\n" + body));
+}
+
+void TestTestSupport::rawServer_answersTheGivenText()
+{
+    RawTlsServer server;
+    server.setAnswer("HTTP/1.1 418 I am a teapot\r\nContent-Length: 3\r\n\r\nno\n");
+    QVERIFY(server.start(Certificates::shared().serverCertificate(), Certificates::shared().serverKey()));
+    const HttpsClient::Result result = client().send("GET", "https://" + server.host().toUtf8() + path, {});
+    QCOMPARE(result.status, 418);
+    QCOMPARE(result.body, QByteArray("no\n"));
+}
+
+void TestTestSupport::rawServer_stopsWithASilentConnection()
+{
+    RawTlsServer server;
+    QVERIFY(server.start(Certificates::shared().serverCertificate(), Certificates::shared().serverKey()));
+    const int silent = socket(AF_INET, SOCK_STREAM, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    address.sin_port = htons(server.port());
+    QCOMPARE(::connect(silent, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+    QElapsedTimer elapsed;
+    elapsed.start();
+    server.stop();
+    QVERIFY(elapsed.elapsed() < 1000);
+    ::close(silent);
+}
+
+void TestTestSupport::daemonProcess_runsAndTrustsTheAuthority()
+{
+    QwixtdProcess daemon(QStringLiteral(QWIXTD_PROGRAM), Certificates::shared().bundle());
+    QVERIFY(daemon.start(bus.address(), QStringLiteral("127.0.0.1:1")));
+    QVERIFY(daemon.isRunning());
+    QVERIFY(daemon.processId() > 0);
+    QCOMPARE(daemon.statusField("Name"), QByteArray("qwixtd"));
+    QVERIFY(daemon.statusField("Threads").toInt() >= 1);
+    QCOMPARE(daemon.statusField("NoSuchField"), QByteArray());
+    // Seen through the daemon's own root: its bundle is the tests', and ours is what it was.
+    const QString systemBundle = QStringLiteral("/etc/ssl/certs/ca-certificates.crt");
+    const QByteArray authority = contentOf(Certificates::shared().authority());
+    QVERIFY(contentOf(QStringLiteral("/proc/%1/root%2").arg(daemon.processId()).arg(systemBundle))
+                .contains(authority));
+    QVERIFY(!contentOf(systemBundle).contains(authority));
+}
+
+void TestTestSupport::daemonProcess_endsWithTerminate()
+{
+    QwixtdProcess daemon(QStringLiteral(QWIXTD_PROGRAM), Certificates::shared().bundle());
+    QVERIFY(daemon.start(bus.address(), QStringLiteral("127.0.0.1:1")));
+    const auto id = static_cast<pid_t>(daemon.processId());
+    QVERIFY(!daemon.waitForExit(0));
+    daemon.terminate();
+    QVERIFY(!daemon.isRunning());
+    QVERIFY(daemon.waitForExit(0));
+    QCOMPARE(daemon.exitStatus(), 128 + SIGTERM);
+    QVERIFY(::kill(id, 0) != 0);
+}
+
+void TestTestSupport::daemonProcess_endsWithItsObject()
+{
+    pid_t id = 0;
+    {
+        QwixtdProcess daemon(QStringLiteral(QWIXTD_PROGRAM), Certificates::shared().bundle());
+        QVERIFY(daemon.start(bus.address(), QStringLiteral("127.0.0.1:1")));
+        id = static_cast<pid_t>(daemon.processId());
+        QCOMPARE(::kill(id, 0), 0);
+    }
+    QTRY_VERIFY(::kill(id, 0) != 0);
+}
+
+void TestTestSupport::daemonWithoutABus_exitsWithItsStatusAndLine()
+{
+    QwixtdProcess daemon(QStringLiteral(QWIXTD_PROGRAM), Certificates::shared().bundle());
+    QVERIFY(daemon.start(QStringLiteral("unix:path=/nonexistent/bus"), QStringLiteral("127.0.0.1:1")));
+    QVERIFY(daemon.waitForExit(20000));
+    QCOMPARE(daemon.exitStatus(), 255);
+    QCOMPARE(daemon.errorLines(), QList<QByteArray>{"W/QWIXTD: QWIXTD: failed to register dbus service "
+                                                    "Not connected to D-Bus server"});
+    QCOMPARE(daemon.output(), daemon.errorLines().at(0) + '\n');
+}
+
+void TestTestSupport::environment_reachesTheDaemon()
+{
+    qputenv("JOURNAL_STREAM", "8:1");
+    QwixtdProcess daemon(QStringLiteral(QWIXTD_PROGRAM), Certificates::shared().bundle());
+    daemon.setEnvironment(QStringLiteral("QWIXT_TEST_MARK"), QStringLiteral("seen"));
+    QVERIFY(daemon.start(bus.address(), QStringLiteral("127.0.0.1:1")));
+    const QList<QByteArray> variables =
+        contentOf(QStringLiteral("/proc/%1/environ").arg(daemon.processId())).split('\0');
+    QVERIFY(variables.contains("QWIXT_TEST_MARK=seen"));
+    QVERIFY(variables.contains("QWIXTD_SERVER_HOST=127.0.0.1:1"));
+    QVERIFY(variables.contains("DBUS_SYSTEM_BUS_ADDRESS=" + bus.address().toUtf8()));
+    QVERIFY(!variables.contains("JOURNAL_STREAM=8:1"));
+    qunsetenv("JOURNAL_STREAM");
+}
+
+QTEST_GUILESS_MAIN(TestTestSupport)
+#include "tst_testsupport.moc"
