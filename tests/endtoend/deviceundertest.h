@@ -11,7 +11,14 @@
 #include <QStringList>
 #include <QTest>
 
+#include <cstddef>
 #include <memory>
+
+/// Short for texts in tests: "u1"_text.
+inline QString operator""_text(const char *utf8, std::size_t size)
+{
+    return QString::fromUtf8(utf8, static_cast<int>(size));
+}
 
 /// Waits, with a bound, until the condition holds or the values are equal.
 #define EVENTUALLY(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, DeviceUnderTest::patienceMs)
