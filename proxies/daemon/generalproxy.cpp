@@ -52,18 +52,9 @@ QString GeneralProxy::firmwareUpdateStatus(QDBus::CallMode mode) { return Reply:
 bool GeneralProxy::autoSendCrashLogs(QDBus::CallMode mode) { return Reply::value<bool>(call(mode, QStringLiteral("autoSendCrashLogs"))); }
 bool GeneralProxy::startUpgrade(QDBus::CallMode mode) { return Reply::value<bool>(call(mode, QStringLiteral("startUpgrade"))); }
 int GeneralProxy::getTimezoneOffset(QDBus::CallMode mode) { return Reply::value<int>(call(mode, QStringLiteral("getTimezoneOffset"))); }
-QStringList GeneralProxy::supportedDeviceModes(QDBus::CallMode mode)
-{
-    return Reply::value<QStringList>(Reply::logged(call(mode, QStringLiteral("supportedDeviceModes")), "hsupportedDeviceModes failed "));
-}
-QStringList GeneralProxy::softwareCapabilities(QDBus::CallMode mode)
-{
-    return Reply::value<QStringList>(Reply::logged(call(mode, QStringLiteral("softwareCapabilities")), "soft capabilities failed"));
-}
-QStringList GeneralProxy::hardwareCapabilities(QDBus::CallMode mode)
-{
-    return Reply::value<QStringList>(Reply::logged(call(mode, QStringLiteral("hardwareCapabilities")), "hardware capabilities failed"));
-}
+QStringList GeneralProxy::supportedDeviceModes(QDBus::CallMode mode) { return Reply::value<QStringList>(Reply::logged(call(mode, QStringLiteral("supportedDeviceModes")), "hsupportedDeviceModes failed ")); }
+QStringList GeneralProxy::softwareCapabilities(QDBus::CallMode mode) { return Reply::value<QStringList>(Reply::logged(call(mode, QStringLiteral("softwareCapabilities")), "soft capabilities failed")); }
+QStringList GeneralProxy::hardwareCapabilities(QDBus::CallMode mode) { return Reply::value<QStringList>(Reply::logged(call(mode, QStringLiteral("hardwareCapabilities")), "hardware capabilities failed")); }
 DeviceState GeneralProxy::state(QDBus::CallMode mode) { return DeviceState::fromMap(Reply::jsonMap(call(mode, QStringLiteral("state")))); }
 QVariantMap GeneralProxy::binCodes(QDBus::CallMode mode) { return Reply::entries(call(mode, QStringLiteral("binCodes"))); }
 
@@ -77,14 +68,8 @@ bool GeneralProxy::connectDaemonDidStart(QObject *receiver, const char *slot) { 
 bool GeneralProxy::disconnectDaemonDidStart(QObject *receiver, const char *slot) { return unsubscribe(*this, QStringLiteral("daemonDidStart"), receiver, slot); }
 bool GeneralProxy::connectLogsCreated(QObject *receiver, const char *slot) { return subscribe(*this, QStringLiteral("logsCreated"), receiver, slot); }
 bool GeneralProxy::disconnectLogsCreated(QObject *receiver, const char *slot) { return unsubscribe(*this, QStringLiteral("logsCreated"), receiver, slot); }
-bool GeneralProxy::connectArchiveWithLogsAndCrashesCreate(QObject *receiver, const char *slot)
-{
-    return subscribe(*this, QStringLiteral("archiveWithLogsAndCrashesCreate"), receiver, slot);
-}
-bool GeneralProxy::disconnectArchiveWithLogsAndCrashesCreate(QObject *receiver, const char *slot)
-{
-    return unsubscribe(*this, QStringLiteral("archiveWithLogsAndCrashesCreate"), receiver, slot);
-}
+bool GeneralProxy::connectArchiveWithLogsAndCrashesCreate(QObject *receiver, const char *slot) { return subscribe(*this, QStringLiteral("archiveWithLogsAndCrashesCreate"), receiver, slot); }
+bool GeneralProxy::disconnectArchiveWithLogsAndCrashesCreate(QObject *receiver, const char *slot) { return unsubscribe(*this, QStringLiteral("archiveWithLogsAndCrashesCreate"), receiver, slot); }
 bool GeneralProxy::connectTimezoneOffsetChanged(QObject *receiver, const char *slot) { return subscribe(*this, QStringLiteral("timezoneOffsetChanged"), receiver, slot); }
 bool GeneralProxy::disconnectTimezoneOffsetChanged(QObject *receiver, const char *slot) { return unsubscribe(*this, QStringLiteral("timezoneOffsetChanged"), receiver, slot); }
 bool GeneralProxy::connectLocaleChanged(QObject *receiver, const char *slot) { return subscribe(*this, QStringLiteral("localeChanged"), receiver, slot); }

@@ -32,22 +32,10 @@ QVariantMap NetworkProxy::getWifiState(QDBus::CallMode mode) { return Reply::jso
 
 QDBusPendingCall NetworkProxy::isInternetAvailable() { return asyncCall(QStringLiteral("isInternetAvailable")); }
 
-bool NetworkProxy::connectNetworkInterfaceStateChanged(QObject *receiver, const char *slot)
-{
-    return subscribe(*this, QStringLiteral("networkInterfaceStateChanged"), receiver, slot);
-}
-bool NetworkProxy::disconnectNetworkInterfaceStateChanged(QObject *receiver, const char *slot)
-{
-    return unsubscribe(*this, QStringLiteral("networkInterfaceStateChanged"), receiver, slot);
-}
-bool NetworkProxy::connectInternetAvailabilityChanged(QObject *receiver, const char *slot)
-{
-    return subscribe(*this, QStringLiteral("internetAvailabilityChanged"), receiver, slot);
-}
-bool NetworkProxy::disconnectInternetAvailabilityChanged(QObject *receiver, const char *slot)
-{
-    return unsubscribe(*this, QStringLiteral("internetAvailabilityChanged"), receiver, slot);
-}
+bool NetworkProxy::connectNetworkInterfaceStateChanged(QObject *receiver, const char *slot) { return subscribe(*this, QStringLiteral("networkInterfaceStateChanged"), receiver, slot); }
+bool NetworkProxy::disconnectNetworkInterfaceStateChanged(QObject *receiver, const char *slot) { return unsubscribe(*this, QStringLiteral("networkInterfaceStateChanged"), receiver, slot); }
+bool NetworkProxy::connectInternetAvailabilityChanged(QObject *receiver, const char *slot) { return subscribe(*this, QStringLiteral("internetAvailabilityChanged"), receiver, slot); }
+bool NetworkProxy::disconnectInternetAvailabilityChanged(QObject *receiver, const char *slot) { return unsubscribe(*this, QStringLiteral("internetAvailabilityChanged"), receiver, slot); }
 bool NetworkProxy::connectNetworkStateChanged(QObject *receiver, const char *slot) { return subscribe(*this, QStringLiteral("networkStateChanged"), receiver, slot); }
 bool NetworkProxy::disconnectNetworkStateChanged(QObject *receiver, const char *slot) { return unsubscribe(*this, QStringLiteral("networkStateChanged"), receiver, slot); }
 bool NetworkProxy::connectExternalIpChanged(QObject *receiver, const char *slot) { return subscribe(*this, QStringLiteral("externalIpChanged"), receiver, slot); }

@@ -33,6 +33,17 @@ QVariant Reply::json(const QDBusMessage &reply) { return Json::parse(argument(re
 
 QVariantMap Reply::jsonMap(const QDBusMessage &reply) { return json(reply).toMap(); }
 
+QVariantMap Reply::jsonIntegerMap(const QDBusMessage &reply)
+{
+    QVariantMap map = jsonMap(reply);
+    for (QVariant &value : map) {
+        if (value.userType() == QMetaType::Double) {
+            value = value.toLongLong();
+        }
+    }
+    return map;
+}
+
 QVariantList Reply::jsonList(const QDBusMessage &reply) { return json(reply).toList(); }
 
 QVariantMap Reply::map(const QDBusMessage &reply) { return read(reply, parseDBusMap); }

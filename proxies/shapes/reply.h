@@ -45,6 +45,8 @@ QDBusMessage logged(const QDBusMessage &reply, const char *text);
 /// The JSON text in the first argument, parsed; empty when it is no JSON or another kind of value.
 QVariant json(const QDBusMessage &reply);
 QVariantMap jsonMap(const QDBusMessage &reply);
+/// As jsonMap(), every number in the object itself as a qlonglong.
+QVariantMap jsonIntegerMap(const QDBusMessage &reply);
 QVariantList jsonList(const QDBusMessage &reply);
 
 /// The first argument read with parseDBusMap() and parseDBusList().

@@ -29,32 +29,20 @@ void GeneralProxy::cloneWidget(const QString &widgetId, QDBus::CallMode mode) { 
 void GeneralProxy::deleteWidget(const QString &widgetId, QDBus::CallMode mode) { call(mode, QStringLiteral("deleteWidget"), widgetId); }
 void GeneralProxy::switchTo(const QString &widgetId, QDBus::CallMode mode) { call(mode, QStringLiteral("switchTo"), widgetId); }
 void GeneralProxy::showNotification(const QString &widgetId, QDBus::CallMode mode) { call(mode, QStringLiteral("showNotification"), widgetId); }
-void GeneralProxy::sendMessage(const QString &receiver, const QVariant &message, QDBus::CallMode mode)
-{
-    call(mode, QStringLiteral("sendMessage"), receiver, Json::write(message));
-}
+void GeneralProxy::sendMessage(const QString &receiver, const QVariant &message, QDBus::CallMode mode) { call(mode, QStringLiteral("sendMessage"), receiver, Json::write(message)); }
 void GeneralProxy::setWidgetOrdering(const QVariant &ordering, QDBus::CallMode mode) { call(mode, QStringLiteral("setWidgetOrdering"), Json::write(ordering)); }
 void GeneralProxy::syncAppsAndWidgets(QDBus::CallMode mode) { call(mode, QStringLiteral("syncAppsAndWidgets")); }
 void GeneralProxy::requestForSwitch(const QString &widgetId, QDBus::CallMode mode) { call(mode, QStringLiteral("requestForSwitch"), widgetId); }
 void GeneralProxy::dismissNotificationWidget(const QString &widgetId, QDBus::CallMode mode) { call(mode, QStringLiteral("dismissNotificationWidget"), widgetId); }
 void GeneralProxy::registerApplication(const QString &appId, QDBus::CallMode mode) { call(mode, QStringLiteral("registerApplication"), appId); }
 void GeneralProxy::cancelRemoteAction(qlonglong actionId, QDBus::CallMode mode) { call(mode, QStringLiteral("cancelRemoteAction"), actionId); }
-void GeneralProxy::setWidgetModesConfig(const QString &widgetId, const QVariantMap &config, QDBus::CallMode mode)
-{
-    call(mode, QStringLiteral("setWidgetModesConfig"), widgetId, config);
-}
+void GeneralProxy::setWidgetModesConfig(const QString &widgetId, const QVariantMap &config, QDBus::CallMode mode) { call(mode, QStringLiteral("setWidgetModesConfig"), widgetId, config); }
 void GeneralProxy::setWidgetModeConfig(const QString &widgetId, const QString &widgetMode, const QVariantMap &config, QDBus::CallMode mode)
 {
     call(mode, QStringLiteral("setWidgetModeConfig"), widgetId, widgetMode, config);
 }
-void GeneralProxy::setGlobalModeConfig(const QString &widgetMode, const QVariantMap &config, QDBus::CallMode mode)
-{
-    call(mode, QStringLiteral("setGlobalModeConfig"), widgetMode, config);
-}
-void GeneralProxy::remoteInvocationResponse(qlonglong actionId, const QString &response, QDBus::CallMode mode)
-{
-    call(mode, QStringLiteral("remoteInvocationResponse"), actionId, response);
-}
+void GeneralProxy::setGlobalModeConfig(const QString &widgetMode, const QVariantMap &config, QDBus::CallMode mode) { call(mode, QStringLiteral("setGlobalModeConfig"), widgetMode, config); }
+void GeneralProxy::remoteInvocationResponse(qlonglong actionId, const QString &response, QDBus::CallMode mode) { call(mode, QStringLiteral("remoteInvocationResponse"), actionId, response); }
 void GeneralProxy::lockAutoscroll(const QString &owner, QDBus::CallMode mode) { call(mode, QStringLiteral("lockAutoscroll"), owner); }
 void GeneralProxy::unlockAutoscroll(const QString &owner, QDBus::CallMode mode) { call(mode, QStringLiteral("unlockAutoscroll"), owner); }
 void GeneralProxy::lockSwitch(const QString &owner, QDBus::CallMode mode) { call(mode, QStringLiteral("lockSwitch"), owner); }
@@ -73,17 +61,11 @@ QVariantMap GeneralProxy::shortWidgetInfo(const QString &widgetId, QDBus::CallMo
 QVariantMap GeneralProxy::appSettings(const QString &appId, QDBus::CallMode mode) { return Reply::jsonMap(call(mode, QStringLiteral("appSettings"), appId)); }
 QVariantMap GeneralProxy::widgetSettings(const QString &widgetId, QDBus::CallMode mode) { return Reply::jsonMap(call(mode, QStringLiteral("widgetSettings"), widgetId)); }
 QVariantList GeneralProxy::appSettingsDescr(const QString &appId, QDBus::CallMode mode) { return Reply::jsonList(call(mode, QStringLiteral("appSettingsDescr"), appId)); }
-QVariantList GeneralProxy::widgetSettingsDescr(const QString &widgetId, QDBus::CallMode mode)
-{
-    return Reply::jsonList(call(mode, QStringLiteral("widgetSettingsDescr"), widgetId));
-}
+QVariantList GeneralProxy::widgetSettingsDescr(const QString &widgetId, QDBus::CallMode mode) { return Reply::jsonList(call(mode, QStringLiteral("widgetSettingsDescr"), widgetId)); }
 QString GeneralProxy::widgetWorkingDir(const QString &widgetId, QDBus::CallMode mode) { return Reply::value<QString>(call(mode, QStringLiteral("widgetWorkingDir"), widgetId)); }
 QString GeneralProxy::appWorkingDir(const QString &appId, QDBus::CallMode mode) { return Reply::value<QString>(call(mode, QStringLiteral("appWorkingDir"), appId)); }
 QString GeneralProxy::activeWidget(QDBus::CallMode mode) { return Reply::value<QString>(call(mode, QStringLiteral("activeWidget"))); }
-QStringList GeneralProxy::widgetsForPkg(const QString &packageName, QDBus::CallMode mode)
-{
-    return Reply::value<QStringList>(call(mode, QStringLiteral("widgetsForPkg"), packageName));
-}
+QStringList GeneralProxy::widgetsForPkg(const QString &packageName, QDBus::CallMode mode) { return Reply::value<QStringList>(call(mode, QStringLiteral("widgetsForPkg"), packageName)); }
 QStringList GeneralProxy::getWidgetOrdering(QDBus::CallMode mode) { return Reply::value<QStringList>(call(mode, QStringLiteral("getWidgetOrdering"))); }
 QStringList GeneralProxy::listOfRunningApps(QDBus::CallMode mode) { return Reply::value<QStringList>(call(mode, QStringLiteral("listOfRunningApps"))); }
 QStringList GeneralProxy::listOfRunningWidgets(QDBus::CallMode mode) { return Reply::value<QStringList>(call(mode, QStringLiteral("listOfRunningWidgets"))); }
@@ -91,24 +73,15 @@ QStringList GeneralProxy::listOfInstalledWidgets(QDBus::CallMode mode) { return 
 QStringList GeneralProxy::listOfInstalledApps(QDBus::CallMode mode) { return Reply::value<QStringList>(call(mode, QStringLiteral("listOfInstalledApps"))); }
 QStringList GeneralProxy::listOfInstalledSysApps(QDBus::CallMode mode) { return Reply::value<QStringList>(call(mode, QStringLiteral("listOfInstalledSysApps"))); }
 QStringList GeneralProxy::listOfPreinstalledApps(QDBus::CallMode mode) { return Reply::value<QStringList>(call(mode, QStringLiteral("listOfPreinstalledApps"))); }
-QStringList GeneralProxy::widgetListForAction(const QString &action, QDBus::CallMode mode)
-{
-    return Reply::value<QStringList>(call(mode, QStringLiteral("widgetListForAction"), action));
-}
+QStringList GeneralProxy::widgetListForAction(const QString &action, QDBus::CallMode mode) { return Reply::value<QStringList>(call(mode, QStringLiteral("widgetListForAction"), action)); }
 qlonglong GeneralProxy::invokeRemoteAction(const QString &widgetId, const QString &action, const QVariantMap &parameters, QDBus::CallMode mode)
 {
     return Reply::value<qlonglong>(call(mode, QStringLiteral("invokeRemoteAction"), widgetId, action, parameters));
 }
 QVariantMap GeneralProxy::widgetModesInfo(const QString &widgetId, QDBus::CallMode mode) { return Reply::map(call(mode, QStringLiteral("widgetModesInfo"), widgetId)); }
 QVariantMap GeneralProxy::globalModeInfo(const QString &widgetMode, QDBus::CallMode mode) { return Reply::map(call(mode, QStringLiteral("globalModeInfo"), widgetMode)); }
-QVariantMap GeneralProxy::widgetModeInfo(const QString &widgetId, const QString &widgetMode, QDBus::CallMode mode)
-{
-    return Reply::map(call(mode, QStringLiteral("widgetModeInfo"), widgetId, widgetMode));
-}
-QVariantMap GeneralProxy::serviceInfo(const QString &service, QDBus::CallMode mode)
-{
-    return Reply::jsonMap(Reply::logged(call(mode, QStringLiteral("serviceInfo"), service), "service info failed"));
-}
+QVariantMap GeneralProxy::widgetModeInfo(const QString &widgetId, const QString &widgetMode, QDBus::CallMode mode) { return Reply::map(call(mode, QStringLiteral("widgetModeInfo"), widgetId, widgetMode)); }
+QVariantMap GeneralProxy::serviceInfo(const QString &service, QDBus::CallMode mode) { return Reply::jsonMap(Reply::logged(call(mode, QStringLiteral("serviceInfo"), service), "service info failed")); }
 QStringList GeneralProxy::listOfInstalledSystemServices(QDBus::CallMode mode)
 {
     return Reply::value<QStringList>(Reply::logged(call(mode, QStringLiteral("listOfInstalledSystemServices")), "listOfInstalledSystemServices  failed"));
@@ -123,10 +96,7 @@ QDBusPendingCall GeneralProxy::sendRemoteEvent(const QString &event, const QVari
 QDBusPendingCall GeneralProxy::lockAutoscroll(const QString &owner) { return asyncCall(QStringLiteral("lockAutoscroll"), owner); }
 QDBusPendingCall GeneralProxy::unlockAutoscroll(const QString &owner) { return asyncCall(QStringLiteral("unlockAutoscroll"), owner); }
 QDBusPendingCall GeneralProxy::subscribeForEvents(const QString &widgetId, const QStringList &events) { return asyncCall(QStringLiteral("subscribeForEvents"), widgetId, events); }
-QDBusPendingCall GeneralProxy::unsubscribeFromEvents(const QString &widgetId, const QStringList &events)
-{
-    return asyncCall(QStringLiteral("unsubscribeFromEvents"), widgetId, events);
-}
+QDBusPendingCall GeneralProxy::unsubscribeFromEvents(const QString &widgetId, const QStringList &events) { return asyncCall(QStringLiteral("unsubscribeFromEvents"), widgetId, events); }
 
 bool GeneralProxy::connectWindowServerDidStarted(QObject *receiver, const char *slot) { return subscribe(*this, QStringLiteral("windowServerDidStarted"), receiver, slot); }
 bool GeneralProxy::disconnectWindowServerDidStarted(QObject *receiver, const char *slot) { return unsubscribe(*this, QStringLiteral("windowServerDidStarted"), receiver, slot); }

@@ -22,6 +22,7 @@ enum class Shape {
     Texts,
     Json,
     JsonMap,
+    JsonIntegers,
     JsonList,
     DeviceState,
     Map,

@@ -108,6 +108,16 @@ Expectation expectation(Shape shape)
                 QVariantMap(),
                 QVariantMap(),
                 {}};
+    case Shape::JsonIntegers:
+        return {"JSON map",
+                QByteArray(R"({"a": 8589934592, "b": 1e3, "c": null})"),
+                QVariantMap{{QStringLiteral("a"), 8589934592LL},
+                            {QStringLiteral("b"), 1000LL},
+                            {QStringLiteral("c"), QVariant::fromValue(nullptr)}},
+                QVariantMap(),
+                QVariantMap(),
+                QVariantMap(),
+                {}};
     case Shape::JsonList:
         return {"JSON list",
                 QByteArray("[[1, 2], {\"key\": \"\xc3\xa9\"}]"),
@@ -176,8 +186,8 @@ Expectation expectation(Shape shape)
 
 bool isJson(Shape shape)
 {
-    return shape == Shape::Json || shape == Shape::JsonMap || shape == Shape::JsonList ||
-           shape == Shape::DeviceState;
+    return shape == Shape::Json || shape == Shape::JsonMap || shape == Shape::JsonIntegers ||
+           shape == Shape::JsonList || shape == Shape::DeviceState;
 }
 
 std::vector<std::string> sorted(std::vector<std::string> names)
@@ -210,6 +220,7 @@ private Q_SLOTS:
     void cleanupTestCase();
     void cleanup();
 
+    void catalogue_addsUp();
     void class_addressesItsService_data();
     void class_addressesItsService();
     void class_hasTheCataloguesMembers_data() { class_addressesItsService_data(); }
@@ -263,6 +274,27 @@ void TestProxyMembers::cleanup()
 {
     capture.reset();
     fake->takeCalls();
+}
+
+void TestProxyMembers::catalogue_addsUp()
+{
+    size_t commands = 0;
+    size_t getters = 0;
+    size_t asynchronous = 0;
+    size_t signalNames = 0;
+    for (const CatalogueRow &row : catalogue()) {
+        commands += row.commands.size();
+        asynchronous += row.asynchronous.size();
+        signalNames += row.signalNames.size();
+        for (const CatalogueRow::Getters &group : row.getters) {
+            getters += group.names.size();
+        }
+    }
+    QCOMPARE(catalogue().size(), size_t(24));
+    QCOMPARE(commands, size_t(116));
+    QCOMPARE(getters, size_t(132));
+    QCOMPARE(asynchronous, size_t(15));
+    QCOMPARE(signalNames, size_t(55));
 }
 
 void TestProxyMembers::class_addressesItsService_data()
