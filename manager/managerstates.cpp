@@ -25,7 +25,8 @@ void QWixtApplicationManager::start()
     if (daemonProxy.lastError().type() == QDBusError::ServiceUnknown) {
         return; // its start signal brings the rest
     }
-    readDevice();
+    readInternet();
+    readIdentity();
     evaluateState();
 }
 
@@ -55,18 +56,23 @@ void QWixtApplicationManager::readApiKey()
     }
 }
 
-void QWixtApplicationManager::readDevice()
+void QWixtApplicationManager::readIdentity()
+{
+    serial = daemonProxy.serial(QDBus::Block);
+    remoteId = daemonProxy.remoteId(QDBus::Block);
+}
+
+void QWixtApplicationManager::readInternet()
 {
     Daemon::NetworkProxy network(nullptr, QDBusConnection::systemBus());
     internetAvailable = network.isInternetAvailable(QDBus::Block);
-    serial = daemonProxy.serial(QDBus::Block);
-    remoteId = daemonProxy.remoteId(QDBus::Block);
 }
 
 void QWixtApplicationManager::vorletDaemonStarted()
 {
     readApiKey();
-    readDevice();
+    readIdentity();
+    readInternet();
     evaluateState();
 }
 

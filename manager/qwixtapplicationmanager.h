@@ -81,7 +81,8 @@ protected:
     bool isSetUp() const;
     void readWidgets();
     void readApiKey();
-    void readDevice();
+    void readIdentity();
+    void readInternet();
     void evaluateState();
     void moveOn(const char *offlineLine, const char *readyLine);
     void enter(ManagerState next, const char *line);

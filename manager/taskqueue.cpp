@@ -173,6 +173,7 @@ void QWixtApplicationManager::scheduleRetry(RemoteTaskWithDescription *task)
     if (timer == nullptr) {
         timer = new QTimer(this);
         timer->setSingleShot(true);
+        timer->setTimerType(Qt::PreciseTimer); // a coarse one may be early
         timer->setInterval(retryDelay);
         connect(timer, &QTimer::timeout, this, &QWixtApplicationManager::delayedTaskTimeout);
         retryTimers.insert(task, timer);

@@ -1,0 +1,485 @@
+#include "messagecapture.h"
+#include "openmanager.h"
+#include "platformcapture.h"
+#include "remotetaskwithdescription.h"
+
+#include <QtTest>
+
+namespace
+{
+
+constexpr int debugPriority = 3;
+constexpr int infoPriority = 4;
+constexpr int warningPriority = 5;
+
+QList<QByteArray> ownTexts(int priority)
+{
+    QList<QByteArray> own;
+    const QList<QByteArray> all = PlatformCapture::texts(priority);
+    for (const QByteArray &line : all) {
+        if (!line.startsWith("FetchTask") && !line.startsWith("DataFetcher") &&
+            !line.startsWith("VDataFetcher")) {
+            own.append(line);
+        }
+    }
+    return own;
+}
+
+QStringList recordsOf(const QMap<QString, RemoteApplication *> &records)
+{
+    QStringList list;
+    for (auto record = records.cbegin(); record != records.cend(); ++record) {
+        const RemoteApplication &a = *record.value();
+        list.append(
+            QStringLiteral("%1: %2 %3 %4 %5").arg(record.key(), a.appId, a.identifier, a.name, a.type));
+    }
+    return list;
+}
+
+} // namespace
+
+class TestApplicationRecords : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+
+    void register_outsideReadyOnlyQueues();
+    void register_inReadyIsSentAndTold();
+    void register_ofARegisteredWidgetIsSentAgain();
+    void register_thirdCallAfterTheReplyIsSent();
+
+    void update_ofAnUnknownApplicationRegisters();
+    void update_ofAnUnchangedApplicationSendsNothing();
+    void update_isSentWhenAFieldDiffers_data();
+    void update_isSentWhenAFieldDiffers();
+    void update_twiceIsQueuedOnce();
+    void update_keepsTheLastWish();
+
+    void delete_queuesAgainOnPurpose();
+    void delete_refusedByADataLessOne();
+    void delete_inReadyHasItsLines();
+
+    void widgetDeleted_deletesEveryMatchWithAnEmptyType();
+    void widgetDeleted_withoutAnyRecordHasItsLine();
+    void widgetDeleted_withoutAMatchHasNoLine();
+
+    void registerReply_makesARecord();
+    void registerReply_withoutAppId();
+    void registerReply_replacesTheRecordUnderItsKey();
+    void deleteReply_removesTheRecord();
+    void updateReply_changesTheNameOnly();
+    void updateReply_ofAnUnknownApplicationWarns();
+    void replyOfUnknownKind_warns();
+    void listReply_replacesTheRecords();
+    void listReply_firstOfEqualIdsWins();
+    void listReply_otherDevicesAreIgnored();
+    void listReply_applicationsWithoutWidgetAreDeleted();
+    void listReply_unreadableGivesNoRecords_data();
+    void listReply_unreadableGivesNoRecords();
+    void replyBody_isPrintedInDebug();
+
+    void lookUps_warnAboutUnknownIds();
+
+private:
+    PrivateBus bus;
+};
+
+void TestApplicationRecords::initTestCase()
+{
+    QVERIFY(bus.startAsSystemBus());
+}
+
+void TestApplicationRecords::init()
+{
+    CurlFake::reset();
+    CurlFake::hold(); // replies come from the tests
+    PlatformCapture::clear();
+}
+
+void TestApplicationRecords::register_outsideReadyOnlyQueues()
+{
+    OpenManager manager;
+    PlatformCapture::clear();
+    manager.registerApplication(text("u1"), text("Clock"), text("t"));
+    QVERIFY(manager.pendingTasks == QList<RemoteTaskDescription>{Descr::registration("u1")});
+    QVERIFY(manager.tasksByDescription.isEmpty());
+    QVERIFY(PlatformCapture::lines().isEmpty());
+}
+
+void TestApplicationRecords::register_inReadyIsSentAndTold()
+{
+    OpenManager manager;
+    manager.beReady();
+    const MessageCapture messages;
+    manager.registerApplication(text("u1"), text("Clock"), text("t"));
+    QVERIFY(findTask(manager.tasksByDescription, Descr::registration("u1")) != nullptr);
+    QCOMPARE(PlatformCapture::texts(infoPriority),
+             QList<QByteArray>{"QWixtApplicationManager: added register app task"});
+    QTRY_COMPARE(CurlFake::requestCount(), 1);
+    // The request's parameters, then the description's data.
+    QVERIFY(messages.debugTexts().contains(
+        text("QMap((\"name\", QVariant(QString, \"Clock\"))(\"type\", QVariant(QString, \"t\")))")));
+}
+
+void TestApplicationRecords::register_ofARegisteredWidgetIsSentAgain()
+{
+    OpenManager manager;
+    manager.beReady();
+    manager.addRemote({text("a1"), text("u1"), text("Clock"), text("t")});
+    QVERIFY(manager.registerApplication(text("u1"), text("Clock"), text("t")));
+    QCOMPARE(manager.pendingTasks.size(), 1);
+}
+
+void TestApplicationRecords::register_thirdCallAfterTheReplyIsSent()
+{
+    OpenManager manager;
+    manager.beReady();
+    QVERIFY(manager.registerApplication(text("u1"), text("Clock"), text("t")));
+    QVERIFY(!manager.registerApplication(text("u1"), text("Clock"), text("t")));
+    manager.succeed(Descr::registration("u1"), R"({"app_id":"a1"})");
+    QVERIFY(manager.pendingTasks.isEmpty());
+    QVERIFY(manager.tasksByDescription.isEmpty());
+    QVERIFY(manager.registerApplication(text("u1"), text("Clock"), text("t")));
+}
+
+void TestApplicationRecords::update_ofAnUnknownApplicationRegisters()
+{
+    OpenManager manager;
+    manager.beReady();
+    manager.updateApplication(text("a9"), text("u1"), text("Clock"), text("t"));
+    QCOMPARE(PlatformCapture::texts(warningPriority),
+             QList<QByteArray>{"No remote info about application a9 register one more time"});
+    QVERIFY(manager.pendingTasks == QList<RemoteTaskDescription>{Descr::registration("u1")});
+    QCOMPARE(recordsOf(manager.localApplications), QStringList{text("a9: a9 u1 Clock t")});
+
+    manager.remoteApplications.insert(text("null"), nullptr);
+    manager.updateApplication(text("null"), text("u2"), text("Clock"), text("t"));
+    QVERIFY(manager.pendingTasks.contains(Descr::registration("u2")));
+}
+
+void TestApplicationRecords::update_ofAnUnchangedApplicationSendsNothing()
+{
+    OpenManager manager;
+    manager.beReady();
+    manager.addRemote({text("a1"), text("u1"), text("Clock"), text("t")});
+    manager.updateApplication(text("a1"), text("u1"), text("Clock"), text("t"));
+    QVERIFY(manager.pendingTasks.isEmpty());
+    QCOMPARE(PlatformCapture::texts(infoPriority),
+             QList<QByteArray>{"QWixtApplicationManager: application is not changed"});
+}
+
+void TestApplicationRecords::update_isSentWhenAFieldDiffers_data()
+{
+    QTest::addColumn<QString>("uuid");
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<QString>("type");
+    QTest::newRow("identifier") << text("u2") << text("Clock") << text("t");
+    QTest::newRow("name") << text("u1") << text("Watch") << text("t");
+    QTest::newRow("type") << text("u1") << text("Clock") << text("t2");
+    QTest::newRow("case") << text("u1") << text("clock") << text("t");
+}
+
+void TestApplicationRecords::update_isSentWhenAFieldDiffers()
+{
+    QFETCH(QString, uuid);
+    QFETCH(QString, name);
+    QFETCH(QString, type);
+    OpenManager manager;
+    manager.beReady();
+    manager.addRemote({text("a1"), text("u1"), text("Clock"), text("t")});
+    manager.updateApplication(text("a1"), uuid, name, type);
+    const RemoteTaskDescription descr = {
+        3, uuid, {{text("app_id"), text("a1")}, {text("name"), name}, {text("type"), type}}};
+    QVERIFY(manager.pendingTasks == QList<RemoteTaskDescription>{descr});
+    QVERIFY(findTask(manager.tasksByDescription, descr) != nullptr);
+    QCOMPARE(PlatformCapture::texts(infoPriority),
+             QList<QByteArray>{"QWixtApplicationManager: added update app task"});
+}
+
+void TestApplicationRecords::update_twiceIsQueuedOnce()
+{
+    OpenManager manager;
+    manager.beReady();
+    manager.addRemote({text("a1"), text("u1"), text("Clock"), text("t")});
+    manager.updateApplication(text("a1"), text("u1"), text("Watch"), text("t"));
+    manager.updateApplication(text("a1"), text("u1"), text("Watch"), text("t"));
+    QCOMPARE(manager.pendingTasks.size(), 1);
+    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: update task already exists"), 1);
+    manager.updateApplication(text("a1"), text("u1"), text("Wrist"), text("t"));
+    QCOMPARE(manager.pendingTasks.size(), 2);
+}
+
+void TestApplicationRecords::update_keepsTheLastWish()
+{
+    OpenManager manager;
+    manager.addRemote({text("a1"), text("u1"), text("Clock"), text("t")});
+    manager.updateApplication(text("a1"), text("u1"), text("Watch"), text("t"));
+    manager.updateApplication(text("a1"), text("u1"), text("Wrist"), text("t"));
+    manager.updateApplication(text("a2"), text("u2"), text("x"), text("y"));
+    QCOMPARE(recordsOf(manager.localApplications),
+             (QStringList{text("a1: a1 u1 Wrist t"), text("a2: a2 u2 x y")}));
+}
+
+void TestApplicationRecords::delete_queuesAgainOnPurpose()
+{
+    OpenManager manager;
+    manager.deleteApplication(text("a1"), text("u1"), text("t"));
+    manager.deleteApplication(text("a1"), text("u1"), text("t"));
+    QVERIFY(manager.pendingTasks ==
+            (QList<RemoteTaskDescription>{Descr::deletion("a1", "u1"), Descr::deletion("a1", "u1")}));
+}
+
+void TestApplicationRecords::delete_refusedByADataLessOne()
+{
+    OpenManager manager;
+    manager.pendingTasks = {{2, text("u1"), {}}};
+    PlatformCapture::clear();
+    manager.deleteApplication(text("a1"), text("u1"), text("t"));
+    QCOMPARE(manager.pendingTasks.size(), 1);
+    QCOMPARE(PlatformCapture::texts(),
+             QList<QByteArray>{"QWixtApplicationManager: delete task already exists"});
+}
+
+void TestApplicationRecords::delete_inReadyHasItsLines()
+{
+    OpenManager manager;
+    manager.beReady();
+    manager.deleteApplication(text("a1"), text("u1"), text("t"));
+    QCOMPARE(PlatformCapture::texts(infoPriority),
+             QList<QByteArray>{"QWixtApplicationManager: added delete app task"});
+    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: added delete app a1 t task"), 1);
+}
+
+void TestApplicationRecords::widgetDeleted_deletesEveryMatchWithAnEmptyType()
+{
+    OpenManager manager;
+    manager.beReady();
+    manager.addRemote({text("a2"), text("u1"), text("n"), text("t")});
+    manager.addRemote({text("a1"), text("u1"), text("n"), text("t")});
+    manager.addRemote({text("a3"), text("u3"), text("n"), text("t")});
+    manager.widgetDeleted(text("package"), text("u1"));
+    QVERIFY(manager.pendingTasks ==
+            (QList<RemoteTaskDescription>{Descr::deletion("a1", "u1", ""), Descr::deletion("a2", "u1", "")}));
+    CurlFake::release();
+    QTRY_COMPARE(CurlFake::requestCount(), 2);
+    QCOMPARE(CurlFake::requests().at(0).body(), QByteArray("app_id=a1&type="));
+    QCOMPARE(CurlFake::requests().at(1).body(), QByteArray("app_id=a2&type="));
+}
+
+void TestApplicationRecords::widgetDeleted_withoutAnyRecordHasItsLine()
+{
+    OpenManager manager;
+    PlatformCapture::clear();
+    manager.widgetDeleted(text("package"), text("u1"));
+    QVERIFY(manager.pendingTasks.isEmpty());
+    QCOMPARE(PlatformCapture::texts(debugPriority),
+             QList<QByteArray>{"QWixtApplicationManager: no widget registered to delete"});
+}
+
+void TestApplicationRecords::widgetDeleted_withoutAMatchHasNoLine()
+{
+    OpenManager manager;
+    manager.addRemote({text("a3"), text("u3"), text("n"), text("t")});
+    PlatformCapture::clear();
+    manager.widgetDeleted(text("package"), text("U3")); // the case counts
+    QVERIFY(manager.pendingTasks.isEmpty());
+    QVERIFY(PlatformCapture::lines().isEmpty());
+}
+
+void TestApplicationRecords::registerReply_makesARecord()
+{
+    OpenManager manager;
+    const QSignalSpy registered(&manager, &QWixtApplicationManager::applicationRegistered);
+    PlatformCapture::clear();
+    manager.succeed(Descr::registration("u1"), R"({"app_id":"a1","status":"fine"})");
+    QCOMPARE(recordsOf(manager.remoteApplications), QStringList{text("a1: a1 u1 Clock t")});
+    QCOMPARE(registered.count(), 1);
+    QCOMPARE(registered.at(0), (QVariantList{text("u1"), text("a1"), text("t")}));
+    QCOMPARE(PlatformCapture::texts(infoPriority),
+             QList<QByteArray>{"QWixtApplicationManager: Application registered with status fine"});
+}
+
+void TestApplicationRecords::registerReply_withoutAppId()
+{
+    OpenManager manager;
+    const QSignalSpy registered(&manager, &QWixtApplicationManager::applicationRegistered);
+    PlatformCapture::clear();
+    manager.succeed(Descr::registration("u1"), "not JSON");
+    QCOMPARE(recordsOf(manager.remoteApplications), QStringList{text(":  u1 Clock t")});
+    QCOMPARE(registered.at(0), (QVariantList{text("u1"), text(""), text("t")}));
+    QCOMPARE(PlatformCapture::texts(infoPriority),
+             QList<QByteArray>{"QWixtApplicationManager: Application registered with status "});
+}
+
+void TestApplicationRecords::registerReply_replacesTheRecordUnderItsKey()
+{
+    OpenManager manager;
+    manager.addRemote({text("a1"), text("old"), text("old"), text("old")});
+    manager.succeed(Descr::registration("u1"), R"({"app_id":"a1"})");
+    QCOMPARE(recordsOf(manager.remoteApplications), QStringList{text("a1: a1 u1 Clock t")});
+}
+
+void TestApplicationRecords::deleteReply_removesTheRecord()
+{
+    OpenManager manager;
+    manager.addRemote({text("a1"), text("u1"), text("n"), text("t")});
+    const QSignalSpy deleted(&manager, &QWixtApplicationManager::applicationDeleted);
+    PlatformCapture::clear();
+    manager.succeed(Descr::deletion("a1", "u1"), "whatever");
+    QVERIFY(manager.remoteApplications.isEmpty());
+    QCOMPARE(deleted.at(0), (QVariantList{text("u1"), text("a1"), text("t")}));
+    QCOMPARE(PlatformCapture::texts(infoPriority),
+             QList<QByteArray>{"QWixtApplicationManager: Application deleted"});
+
+    // One that is not recorded is announced all the same.
+    manager.succeed(Descr::deletion("a2", "u2"));
+    QCOMPARE(deleted.count(), 2);
+}
+
+void TestApplicationRecords::updateReply_changesTheNameOnly()
+{
+    OpenManager manager;
+    manager.addRemote({text("a1"), text("u1"), text("n"), text("t")});
+    PlatformCapture::clear();
+    manager.succeed(Descr::update("a1", "u2", "new", "t2"));
+    QCOMPARE(recordsOf(manager.remoteApplications), QStringList{text("a1: a1 u1 new t")});
+    QCOMPARE(PlatformCapture::texts(infoPriority),
+             QList<QByteArray>{"QWixtApplicationManager: Application updated"});
+    QVERIFY(PlatformCapture::texts(warningPriority).isEmpty());
+}
+
+void TestApplicationRecords::updateReply_ofAnUnknownApplicationWarns()
+{
+    OpenManager manager;
+    PlatformCapture::clear();
+    manager.succeed(Descr::update("a1", "u1"));
+    QVERIFY(manager.remoteApplications.isEmpty());
+    QCOMPARE(PlatformCapture::texts(),
+             (QList<QByteArray>{"QWixtApplicationManager: Application updated",
+                                "QWixtApplicationManager: Updated unknown application"}));
+}
+
+void TestApplicationRecords::replyOfUnknownKind_warns()
+{
+    OpenManager manager;
+    PlatformCapture::clear();
+    manager.succeed({7, text("u"), {}});
+    QCOMPARE(PlatformCapture::texts(warningPriority),
+             QList<QByteArray>{"QWixtApplicationManager: unknown type"});
+}
+
+void TestApplicationRecords::listReply_replacesTheRecords()
+{
+    OpenManager manager;
+    manager.remoteId = text("d9");
+    manager.installedWidgets = QStringList{text("u1")};
+    manager.addRemote({text("old"), text("u1"), text("n"), text("t")});
+    manager.pendingTasks = {Descr::list()};
+    manager.succeed(Descr::list(), R"({"apps":[
+        {"device_id":"d9","app_id":"a1","identifier":"u1","name":"n1","type":"t1"}]})");
+    QCOMPARE(recordsOf(manager.remoteApplications), QStringList{text("a1: a1 u1 n1 t1")});
+    QVERIFY(manager.remoteListReceived);
+    QVERIFY(manager.pendingTasks.isEmpty());
+}
+
+void TestApplicationRecords::listReply_firstOfEqualIdsWins()
+{
+    OpenManager manager;
+    manager.remoteId = text("d9");
+    manager.installedWidgets = QStringList{text("u1"), text("u2")};
+    manager.succeed(Descr::list(), R"({"apps":[
+        {"device_id":"d9","app_id":"a1","identifier":"u1","name":"first","type":"t"},
+        {"device_id":"d9","app_id":"a1","identifier":"u2","name":"second","type":"t"}]})");
+    QCOMPARE(recordsOf(manager.remoteApplications), QStringList{text("a1: a1 u1 first t")});
+}
+
+void TestApplicationRecords::listReply_otherDevicesAreIgnored()
+{
+    OpenManager manager;
+    manager.remoteId = text("d9");
+    manager.installedWidgets = QStringList{text("u1")};
+    manager.succeed(Descr::list(), R"({"apps":[
+        {"device_id":"d8","app_id":"a1","identifier":"u1","name":"n","type":"t"},
+        {"app_id":"a2","identifier":"u1","name":"n","type":"t"}]})");
+    QVERIFY(manager.remoteApplications.isEmpty());
+    QVERIFY(manager.pendingTasks.isEmpty());
+}
+
+void TestApplicationRecords::listReply_applicationsWithoutWidgetAreDeleted()
+{
+    OpenManager manager;
+    manager.beReady();
+    manager.remoteListReceived = false;
+    manager.state = QWixtApplicationManager::WaitForList;
+    manager.installedWidgets = QStringList{text("u1"), text("u2")};
+    const MessageCapture messages;
+    PlatformCapture::clear();
+    const QSignalSpy ready(&manager, &QWixtApplicationManager::readyToWork);
+    manager.succeed(Descr::list(), R"({"apps":[
+        {"device_id":"d9","app_id":"b","identifier":"gone","name":"n","type":"t2"},
+        {"device_id":"d9","app_id":"a","identifier":"U1","name":"n","type":"t1"},
+        {"device_id":"d9","app_id":"c","identifier":"u1","name":"n","type":"t3"}]})");
+    // In the order of the ids, with the types listed; the case of an identifier counts.
+    QVERIFY(manager.pendingTasks == (QList<RemoteTaskDescription>{Descr::deletion("a", "U1", "t1"),
+                                                                  Descr::deletion("b", "gone", "t2")}));
+    QCOMPARE(ready.count(), 1);
+    QCOMPARE(manager.state, QWixtApplicationManager::Ready);
+    QVERIFY(messages.debugTexts().contains(text("u1, u2")));
+    QCOMPARE(ownTexts(debugPriority).mid(0, 2),
+             (QList<QByteArray>{"QWixtApplicationManager: There are no widget with id U1",
+                                "QWixtApplicationManager: There are no widget with id gone"}));
+    CurlFake::release();
+    QTRY_COMPARE(CurlFake::requestCount(), 2);
+    QCOMPARE(CurlFake::requests().at(0).body(), QByteArray("app_id=a&type=t1"));
+    QCOMPARE(CurlFake::requests().at(1).body(), QByteArray("app_id=b&type=t2"));
+}
+
+void TestApplicationRecords::listReply_unreadableGivesNoRecords_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    QTest::newRow("empty") << QByteArray();
+    QTest::newRow("not JSON") << QByteArray("<html>busy</html>");
+    QTest::newRow("no apps") << QByteArray("{}");
+    QTest::newRow("elements that are no objects") << QByteArray(R"({"apps":["d9",1,null]})");
+}
+
+void TestApplicationRecords::listReply_unreadableGivesNoRecords()
+{
+    QFETCH(QByteArray, reply);
+    OpenManager manager;
+    manager.remoteId = text("d9");
+    manager.addRemote({text("old"), text("u1"), text("n"), text("t")});
+    manager.succeed(Descr::list(), reply);
+    QVERIFY(manager.remoteApplications.isEmpty());
+    QVERIFY(manager.remoteListReceived);
+}
+
+void TestApplicationRecords::replyBody_isPrintedInDebug()
+{
+    OpenManager manager;
+    const MessageCapture messages;
+    manager.succeed(Descr::deletion("a", "u"), "the body");
+    QCOMPARE(messages.debugTexts(), QStringList{text("\"the body\"")});
+}
+
+void TestApplicationRecords::lookUps_warnAboutUnknownIds()
+{
+    OpenManager manager;
+    manager.addRemote({text("a1"), text("u1"), text("n"), text("t")});
+    manager.updateApplication(text("a1"), text("u1"), text("n"), text("t"));
+    PlatformCapture::clear();
+    QCOMPARE(manager.localApplication(text("a1"))->identifier, text("u1"));
+    QCOMPARE(manager.remoteApplication(text("a1"))->identifier, text("u1"));
+    QVERIFY(PlatformCapture::lines().isEmpty());
+    QVERIFY(manager.localApplication(text("x")) == nullptr);
+    QVERIFY(manager.remoteApplication(text("y")) == nullptr);
+    QCOMPARE(PlatformCapture::texts(warningPriority),
+             (QList<QByteArray>{"QWixtApplicationManager: No local application with id x",
+                                "QWixtApplicationManager: No remote application with id y"}));
+}
+
+QTEST_GUILESS_MAIN(TestApplicationRecords)
+#include "tst_applicationrecords.moc"

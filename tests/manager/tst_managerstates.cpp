@@ -1,0 +1,458 @@
+#include "openmanager.h"
+#include "platformcapture.h"
+
+#include <QTimer>
+#include <QtTest>
+
+namespace
+{
+
+constexpr int debugPriority = 3;
+
+QStringList methodsOf(const QMetaObject &meta)
+{
+    QStringList list;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
+        QByteArray line = meta.method(i).methodSignature();
+        const QList<QByteArray> names = meta.method(i).parameterNames();
+        for (const QByteArray &name : names) {
+            line += ' ' + name;
+        }
+        list.append(QString::fromLatin1(line));
+    }
+    return list;
+}
+
+/// The last step of a state change that the debug lines tell.
+QByteArray action(const QSignalSpy &ready)
+{
+    const QList<QByteArray> lines = PlatformCapture::texts(debugPriority);
+    if (lines.contains("QWixtApplicationManager: Remove all tasks from worker")) {
+        return "remove";
+    }
+    if (lines.contains("QWixtApplicationManager: added get list task")) {
+        return "list";
+    }
+    if (lines.contains("QWixtApplicationManager: Start process requests")) {
+        return ready.isEmpty() ? "process" : "ready, process";
+    }
+    return ready.isEmpty() ? "" : "ready";
+}
+
+} // namespace
+
+class TestManagerStates : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void states_haveTheirNumbers();
+    void metaObject_listsSignalsAndSlotsInOrder();
+    void construction_isQuietAndSetsUpTheDormantTimer();
+    void transition_data();
+    void transition();
+    void unknownState_isWarnedAbout();
+
+    void daemonAbsentAtStart_waitsForItsSignal();
+    void daemonAnswersAnotherError_staysWaitingButReadsOn();
+    void startOrder_ofTheReads();
+    void widgetManagerAbsentAtStart_isWarnedAbout();
+    void keyEmptyAtStart_waitsForSetUp_data();
+    void keyEmptyAtStart_waitsForSetUp();
+    void onlineAndSetUpAtStart_fetchesTheListThenIsReady();
+    void internetLostWhileWaitingForTheList();
+    void internetRegainedAfterTheList_isReadyWithoutASignal();
+    void daemonRestart_readsEverythingAgain();
+    void daemonGoneWhenItsSignalComes_readsEmptyTexts();
+    void widgetCreated_onlyGrowsTheList();
+    void keyLostLater_hasNoEffect();
+
+private:
+    PrivateBus bus;
+    std::unique_ptr<DaemonService> daemon;
+    std::unique_ptr<WidgetManagerService> widgets;
+};
+
+void TestManagerStates::initTestCase()
+{
+    QVERIFY(bus.startAsSystemBus());
+}
+
+void TestManagerStates::init()
+{
+    CurlFake::reset();
+    PlatformCapture::clear();
+    daemon = std::make_unique<DaemonService>(bus.address());
+    daemon->setApiKeyQuietly(text("key"));
+    daemon->setRemoteId(text("d9"));
+    daemon->setSerial(text("s1"));
+    widgets = std::make_unique<WidgetManagerService>(bus.address());
+    widgets->setWidgetsQuietly({text("u1"), text("u2")});
+}
+
+void TestManagerStates::cleanup()
+{
+    CurlFake::release();
+    daemon.reset();
+    widgets.reset();
+}
+
+void TestManagerStates::states_haveTheirNumbers()
+{
+    QCOMPARE(static_cast<int>(QWixtApplicationManager::WaitForDaemonsToStart), 0);
+    QCOMPARE(static_cast<int>(QWixtApplicationManager::NotSetuped), 1);
+    QCOMPARE(static_cast<int>(QWixtApplicationManager::NoInternet), 2);
+    QCOMPARE(static_cast<int>(QWixtApplicationManager::WaitForList), 3);
+    QCOMPARE(static_cast<int>(QWixtApplicationManager::Ready), 4);
+}
+
+void TestManagerStates::metaObject_listsSignalsAndSlotsInOrder()
+{
+    QCOMPARE(
+        methodsOf(QWixtApplicationManager::staticMetaObject),
+        (QStringList{
+            text("applicationRegistered(QString,QString,QString) uuid qwixId type"),
+            text("applicationDeleted(QString,QString,QString) uuid qwixtid type"), text("readyToWork()"),
+            text("getListOfRemoteApps()"),
+            text("workerFinishedWithSuccess(QByteArray&,RemoteTaskDescription) data descr"),
+            text("workerFinishedWithFail(int,QByteArray&,RemoteTaskDescription) code data descr"),
+            text("widgetDeleted(QString,QString) packageId widgetId"),
+            text("widgetCreated(QString,QString) packageId widgteId"), text("setupFinished(QString) apiKey"),
+            text("vorletDaemonStarted()"), text("windowManagerStarted()"),
+            text("internetAvailabilityStateChanged(bool) isAvailable"), text("delayedTaskTimeout()")}));
+}
+
+void TestManagerStates::construction_isQuietAndSetsUpTheDormantTimer()
+{
+    const OpenManager manager;
+    QCOMPARE(manager.state, QWixtApplicationManager::WaitForDaemonsToStart);
+    QCOMPARE(PlatformCapture::texts(debugPriority),
+             QList<QByteArray>{"QWixtApplicationManager: state is WaitForDaemonsToStart"});
+    QCOMPARE(manager.refreshTimer->interval(), 3600000);
+    QVERIFY(manager.refreshTimer->isSingleShot());
+    QVERIFY(!manager.refreshTimer->isActive());
+    QVERIFY(daemon->calls().isEmpty());
+}
+
+void TestManagerStates::transition_data()
+{
+    QTest::addColumn<int>("from");
+    QTest::addColumn<bool>("daemonsUp");
+    QTest::addColumn<bool>("setUp");
+    QTest::addColumn<bool>("internet");
+    QTest::addColumn<bool>("list");
+    QTest::addColumn<QByteArray>("line");
+    QTest::addColumn<int>("to");
+    QTest::addColumn<QByteArray>("entryAction");
+    const auto row = [](const char *name, int from, bool up, bool setUp, bool internet, bool list,
+                        const char *line, int to, const char *entryAction) {
+        QTest::newRow(name) << from << up << setUp << internet << list << QByteArray(line) << to
+                            << QByteArray(entryAction);
+    };
+    // name, from, daemons up, set up, internet, list; line, to, action
+    row("start: daemons down", 0, false, true, true, true, "", 0, "");
+    row("start: not set up", 0, true, false, true, true,
+        "State changed from WaitForDaemonsToStart to NotSetuped", 1, "");
+    row("start: offline", 0, true, true, false, true,
+        "State changed from WaitForDaemonsToStart to NoInternet", 2, "remove");
+    row("start: offline, no list", 0, true, true, false, false,
+        "State changed from WaitForDaemonsToStart to NoInternet", 2, "remove");
+    row("start: no list", 0, true, true, true, false, "State changed from NotSetuped to WaitForList", 3,
+        "list");
+    row("start: all there", 0, true, true, true, true, "State changed from WaitForDaemonsToStart to Ready", 4,
+        "process");
+    row("not set up: stays", 1, true, false, true, true, "", 1, "");
+    row("not set up: daemons are not watched", 1, false, true, false, false,
+        "State changed from NotSetuped to NoInternet", 2, "remove");
+    row("not set up: no list", 1, true, true, true, false, "State changed from NotSetuped to WaitForList", 3,
+        "list");
+    row("not set up: all there", 1, true, true, true, true, "State changed from NotSetuped to Ready", 4,
+        "process");
+    row("offline: stays", 2, true, true, false, true, "", 2, "");
+    row("offline: no list", 2, true, true, true, false, "State changed from NotSetuped to WaitForList", 3,
+        "list");
+    row("offline: set-up is not watched", 2, false, false, true, true,
+        "State changed from NoInternet to Ready", 4, "process");
+    row("waiting for the list: offline", 3, true, true, false, false,
+        "State changed from Ready to NoInternet", 2, "remove");
+    row("waiting for the list: offline comes first", 3, true, true, false, true,
+        "State changed from Ready to NoInternet", 2, "remove");
+    row("waiting for the list: stays", 3, true, true, true, false, "", 3, "");
+    row("waiting for the list: there", 3, true, false, true, true, "State changed from WaitForList to Ready",
+        4, "ready, process");
+    row("ready: stays", 4, false, false, true, false, "", 4, "");
+    row("ready: offline", 4, true, true, false, true, "State changed from Ready to NoInternet", 2, "remove");
+}
+
+void TestManagerStates::transition()
+{
+    QFETCH(int, from);
+    QFETCH(bool, daemonsUp);
+    QFETCH(bool, setUp);
+    QFETCH(bool, internet);
+    QFETCH(bool, list);
+    QFETCH(QByteArray, line);
+    QFETCH(int, to);
+    OpenManager manager;
+    manager.state = static_cast<QWixtApplicationManager::ManagerState>(from);
+    manager.daemonStarted = daemonsUp;
+    manager.widgetsListReceived = daemonsUp;
+    manager.apiKey = setUp ? text("key") : QString();
+    manager.remoteId = text("d9");
+    manager.internetAvailable = internet;
+    manager.remoteListReceived = list;
+    const QSignalSpy ready(&manager, &QWixtApplicationManager::readyToWork);
+    // Whoever is told sees the new state.
+    int stateWhenTold = to;
+    connect(&manager, &QWixtApplicationManager::readyToWork, &manager,
+            [&] { stateWhenTold = manager.state; });
+    PlatformCapture::clear();
+    manager.evaluateState();
+
+    QCOMPARE(static_cast<int>(manager.state), to);
+    QCOMPARE(stateWhenTold, to);
+    const QList<QByteArray> lines = PlatformCapture::texts(debugPriority);
+    if (line.isEmpty()) {
+        QVERIFY(lines.isEmpty());
+    } else {
+        QCOMPARE(lines.constFirst(), "QWixtApplicationManager: " + line);
+    }
+    QTEST(action(ready), "entryAction");
+}
+
+void TestManagerStates::unknownState_isWarnedAbout()
+{
+    OpenManager manager;
+    PlatformCapture::clear();
+    for (const int number : {5, -1}) {
+        manager.state = static_cast<QWixtApplicationManager::ManagerState>(number);
+        manager.evaluateState();
+        QCOMPARE(static_cast<int>(manager.state), number);
+    }
+    manager.state = QWixtApplicationManager::WaitForDaemonsToStart;
+    QCOMPARE(PlatformCapture::texts(5), (QList<QByteArray>{"QWixtApplicationManager: Not handled state",
+                                                           "QWixtApplicationManager: Not handled state"}));
+}
+
+void TestManagerStates::daemonAbsentAtStart_waitsForItsSignal()
+{
+    CurlFake::hold();
+    QVERIFY(widgets->start());
+    OpenManager manager;
+    manager.start();
+    QCOMPARE(manager.state, QWixtApplicationManager::WaitForDaemonsToStart);
+    QVERIFY(!manager.daemonStarted);
+    QVERIFY(!manager.internetAvailable);
+    QVERIFY(manager.serial.isEmpty());
+    QVERIFY(manager.remoteId.isEmpty());
+
+    QVERIFY(daemon->start());
+    QTRY_COMPARE(manager.state, QWixtApplicationManager::WaitForList);
+    QCOMPARE(manager.apiKey, text("key"));
+    QCOMPARE(manager.serial, text("s1"));
+    QCOMPARE(manager.remoteId, text("d9"));
+    QVERIFY(manager.internetAvailable);
+    QCOMPARE(daemon->calls(),
+             (QStringList{text("apiKey"), text("serial"), text("remoteId"), text("isInternetAvailable")}));
+}
+
+void TestManagerStates::daemonAnswersAnotherError_staysWaitingButReadsOn()
+{
+    QVERIFY(widgets->start());
+    daemon->failCallsOf(text("apiKey"), text("org.freedesktop.DBus.Error.AccessDenied"), text("no"));
+    QVERIFY(daemon->start());
+    OpenManager manager;
+    manager.start();
+    QCOMPARE(manager.state, QWixtApplicationManager::WaitForDaemonsToStart);
+    QVERIFY(!manager.daemonStarted);
+    QVERIFY(manager.apiKey.isEmpty());
+    QCOMPARE(manager.serial, text("s1"));
+    QCOMPARE(manager.remoteId, text("d9"));
+}
+
+void TestManagerStates::startOrder_ofTheReads()
+{
+    QVERIFY(widgets->start());
+    QVERIFY(daemon->start());
+    OpenManager manager;
+    manager.start();
+    QCOMPARE(widgets->calls(), QStringList{text("listOfInstalledWidgets")});
+    QCOMPARE(daemon->calls(),
+             (QStringList{text("apiKey"), text("isInternetAvailable"), text("serial"), text("remoteId")}));
+    QCOMPARE(manager.installedWidgets, (QStringList{text("u1"), text("u2")}));
+    QVERIFY(manager.daemonStarted);
+    QVERIFY(manager.widgetsListReceived);
+}
+
+void TestManagerStates::widgetManagerAbsentAtStart_isWarnedAbout()
+{
+    CurlFake::hold();
+    QVERIFY(daemon->start());
+    OpenManager manager;
+    manager.start();
+    QCOMPARE(PlatformCapture::texts(5).size(), 1);
+    const QByteArray warning = PlatformCapture::texts(5).constFirst();
+    const QByteArray beginning = "QWixtApplicationManager: cant get widgets list ";
+    QVERIFY(warning.startsWith(beginning));
+    QVERIFY(warning.size() > beginning.size()); // the bus's own words follow
+    QVERIFY(!manager.widgetsListReceived);
+    QCOMPARE(manager.state, QWixtApplicationManager::WaitForDaemonsToStart);
+
+    QVERIFY(widgets->start());
+    QTRY_COMPARE(manager.state, QWixtApplicationManager::WaitForList);
+    QCOMPARE(manager.installedWidgets, (QStringList{text("u1"), text("u2")}));
+
+    // A failure later keeps the list.
+    widgets->stop();
+    widgets->failCallsOf(text("listOfInstalledWidgets"), text("com.example.Broken"), text("out of order"));
+    QVERIFY(widgets->start());
+    QTRY_COMPARE(PlatformCapture::count(beginning + "out of order"), 1);
+    QVERIFY(manager.widgetsListReceived);
+    QCOMPARE(manager.installedWidgets, (QStringList{text("u1"), text("u2")}));
+}
+
+void TestManagerStates::keyEmptyAtStart_waitsForSetUp_data()
+{
+    QTest::addColumn<bool>("online");
+    QTest::addColumn<int>("state");
+    QTest::newRow("online") << true << 3;
+    QTest::newRow("offline") << false << 2;
+}
+
+void TestManagerStates::keyEmptyAtStart_waitsForSetUp()
+{
+    QFETCH(bool, online);
+    QFETCH(int, state);
+    CurlFake::hold();
+    daemon->setApiKeyQuietly(QString());
+    daemon->setInternetAvailable(online);
+    QVERIFY(widgets->start());
+    QVERIFY(daemon->start());
+    OpenManager manager;
+    manager.start();
+    QCOMPARE(manager.state, QWixtApplicationManager::NotSetuped);
+    daemon->setApiKey(text("new key"));
+    QTRY_COMPARE(static_cast<int>(manager.state), state);
+    QCOMPARE(manager.apiKey, text("new key"));
+    QCOMPARE(daemon->callCount(text("remoteId")), 2);
+    QCOMPARE(daemon->callCount(text("apiKey")), 1); // the signal brought it
+}
+
+void TestManagerStates::onlineAndSetUpAtStart_fetchesTheListThenIsReady()
+{
+    CurlFake::hold();
+    QVERIFY(widgets->start());
+    QVERIFY(daemon->start());
+    OpenManager manager;
+    QSignalSpy ready(&manager, &QWixtApplicationManager::readyToWork);
+    manager.start();
+    QCOMPARE(manager.state, QWixtApplicationManager::WaitForList);
+    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: State changed from NotSetuped to WaitForList"),
+             1);
+    QVERIFY(manager.pendingTasks == QList<RemoteTaskDescription>{Descr::list()});
+    QTRY_COMPARE(CurlFake::requestCount(), 1);
+    QCOMPARE(ready.count(), 0);
+    CurlFake::release();
+    QTRY_COMPARE(manager.state, QWixtApplicationManager::Ready);
+    QCOMPARE(ready.count(), 1);
+    QVERIFY(manager.pendingTasks.isEmpty());
+}
+
+void TestManagerStates::internetLostWhileWaitingForTheList()
+{
+    CurlFake::hold();
+    QVERIFY(widgets->start());
+    QVERIFY(daemon->start());
+    OpenManager manager;
+    manager.start();
+    QCOMPARE(manager.state, QWixtApplicationManager::WaitForList);
+    QTRY_COMPARE(CurlFake::requestCount(), 1); // the fetch thread has had its say
+    PlatformCapture::clear();
+    daemon->setInternetAvailable(false);
+    QTRY_COMPARE(manager.state, QWixtApplicationManager::NoInternet);
+    QCOMPARE(PlatformCapture::texts(debugPriority).mid(0, 2),
+             (QList<QByteArray>{"QWixtApplicationManager: State changed from Ready to NoInternet",
+                                "QWixtApplicationManager: Remove all tasks from worker"}));
+}
+
+void TestManagerStates::internetRegainedAfterTheList_isReadyWithoutASignal()
+{
+    QVERIFY(widgets->start());
+    QVERIFY(daemon->start());
+    OpenManager manager;
+    QSignalSpy ready(&manager, &QWixtApplicationManager::readyToWork);
+    manager.start();
+    QTRY_COMPARE(manager.state, QWixtApplicationManager::Ready);
+    daemon->setInternetAvailable(false);
+    QTRY_COMPARE(manager.state, QWixtApplicationManager::NoInternet);
+    daemon->setInternetAvailable(true);
+    QTRY_COMPARE(manager.state, QWixtApplicationManager::Ready);
+    QCOMPARE(ready.count(), 1); // the first time only
+    QCOMPARE(CurlFake::requestCount(), 1);
+}
+
+void TestManagerStates::daemonRestart_readsEverythingAgain()
+{
+    QVERIFY(widgets->start());
+    QVERIFY(daemon->start());
+    OpenManager manager;
+    manager.start();
+    daemon->stop();
+    daemon->setSerial(text("s2"));
+    daemon->clearCalls();
+    QVERIFY(daemon->start());
+    QTRY_COMPARE(manager.serial, text("s2"));
+    QCOMPARE(daemon->callCount(text("apiKey")), 1);
+    QCOMPARE(daemon->callCount(text("remoteId")), 1);
+    QCOMPARE(daemon->callCount(text("isInternetAvailable")), 1);
+}
+
+void TestManagerStates::daemonGoneWhenItsSignalComes_readsEmptyTexts()
+{
+    QVERIFY(widgets->start());
+    QVERIFY(daemon->start());
+    OpenManager manager;
+    manager.start();
+    QVERIFY(manager.daemonStarted);
+    daemon->stop();
+    QMetaObject::invokeMethod(&manager, "vorletDaemonStarted");
+    QVERIFY(!manager.daemonStarted);
+    QVERIFY(manager.apiKey.isEmpty());
+    QVERIFY(manager.serial.isEmpty());
+    QVERIFY(manager.remoteId.isEmpty());
+    QVERIFY(!manager.internetAvailable);
+}
+
+void TestManagerStates::widgetCreated_onlyGrowsTheList()
+{
+    QVERIFY(widgets->start());
+    QVERIFY(daemon->start());
+    OpenManager manager;
+    manager.start();
+    QTRY_COMPARE(manager.state, QWixtApplicationManager::Ready);
+    QTest::qWait(50); // grace time: the fetcher's last lines
+    PlatformCapture::clear();
+    widgets->createWidget(text("u3"));
+    QTRY_COMPARE(manager.installedWidgets, (QStringList{text("u1"), text("u2"), text("u3")}));
+    QVERIFY(PlatformCapture::lines().isEmpty());
+    QVERIFY(manager.pendingTasks.isEmpty());
+}
+
+void TestManagerStates::keyLostLater_hasNoEffect()
+{
+    QVERIFY(widgets->start());
+    QVERIFY(daemon->start());
+    OpenManager manager;
+    manager.start();
+    QTRY_COMPARE(manager.state, QWixtApplicationManager::Ready);
+    daemon->setApiKey(QString());
+    QTRY_VERIFY(manager.apiKey.isEmpty());
+    QCOMPARE(manager.state, QWixtApplicationManager::Ready);
+}
+
+QTEST_GUILESS_MAIN(TestManagerStates)
+#include "tst_managerstates.moc"

@@ -1,0 +1,171 @@
+#include "formbody.h"
+#include "remoteappsapi.h"
+
+#include <QtTest>
+
+namespace
+{
+QString text(const char *utf8)
+{
+    return QString::fromUtf8(utf8);
+}
+} // namespace
+
+class TestRemoteAppsApi : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void url();
+    void authorization_data();
+    void authorization();
+    void body_data();
+    void body();
+    void registerReply_data();
+    void registerReply();
+    void listReply_data();
+    void listReply();
+    void listReply_keepsEmptyTextsAndNulls();
+};
+
+void TestRemoteAppsApi::url()
+{
+    QCOMPARE(RemoteAppsApi::appsUrl(text("host.example:8443")),
+             text("https://host.example:8443/api/v1/qwixt/apps"));
+}
+
+void TestRemoteAppsApi::authorization_data()
+{
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("value");
+    QTest::newRow("empty") << QString() << text("Basic Og==");
+    QTest::newRow("one byte") << text("a") << text("Basic OmE=");
+    QTest::newRow("two bytes") << text("ab") << text("Basic OmFi");
+    QTest::newRow("usual") << text("key") << text("Basic OmtleQ==");
+    QTest::newRow("standard alphabet") << text("?>?>?>") << text("Basic Oj8+Pz4/Pg==");
+}
+
+void TestRemoteAppsApi::authorization()
+{
+    QFETCH(QString, key);
+    QTEST(RemoteAppsApi::authorization(key), "value");
+}
+
+void TestRemoteAppsApi::body_data()
+{
+    QTest::addColumn<int>("type");
+    QTest::addColumn<QString>("id");
+    QTest::addColumn<QVariantMap>("data");
+    QTest::addColumn<QByteArray>("body");
+    QTest::newRow("register") << 1 << text("u1")
+                              << QVariantMap{{text("name"), text("Clock")}, {text("type"), text("t")}}
+                              << QByteArray("id=d9&identifier=u1&name=Clock&type=t");
+    QTest::newRow("register without data")
+        << 1 << text("u1") << QVariantMap() << QByteArray("id=d9&identifier=u1");
+    QTest::newRow("register with more data")
+        << 1 << text("u1") << QVariantMap{{text("name"), text("n")}, {text("app_id"), text("x")}}
+        << QByteArray("id=d9&identifier=u1&name=n");
+    QTest::newRow("register with empty texts")
+        << 1 << text("") << QVariantMap{{text("name"), text("")}, {text("type"), text("")}}
+        << QByteArray("id=d9&identifier=&name=&type=");
+    QTest::newRow("update") << 3 << text("u1")
+                            << QVariantMap{{text("app_id"), text("a7")},
+                                           {text("name"), text("Clock")},
+                                           {text("type"), text("t")}}
+                            << QByteArray("app_id=a7&name=Clock&type=t");
+    QTest::newRow("update with a number for an id")
+        << 3 << text("u1")
+        << QVariantMap{{text("app_id"), 4711}, {text("name"), text("n")}, {text("type"), text("t")}}
+        << QByteArray("app_id=4711&name=n&type=t");
+    QTest::newRow("delete") << 2 << text("u1")
+                            << QVariantMap{{text("app_id"), text("a7")}, {text("type"), text("t")}}
+                            << QByteArray("app_id=a7&type=t");
+    QTest::newRow("delete sends its data as they are")
+        << 2 << text("u1") << QVariantMap{{text("app_id"), 5}, {text("zz"), text("y")}}
+        << QByteArray("app_id=5&zz=y");
+    QTest::newRow("list") << 4 << QString() << QVariantMap() << QByteArray();
+    QTest::newRow("odd values") << 1 << text("&=%")
+                                << QVariantMap{{text("name"), text("a b\n\xc3\xbc")},
+                                               {text("type"), text("x=y&z")}}
+                                << QByteArray("id=d9&identifier=&=%&name=a b\n\xc3\xbc&type=x=y&z");
+}
+
+void TestRemoteAppsApi::body()
+{
+    QFETCH(int, type);
+    QFETCH(QString, id);
+    QFETCH(QVariantMap, data);
+    QTEST(requestBody(RemoteAppsApi::parameters({type, id, data}, text("d9")), QByteArray()), "body");
+}
+
+void TestRemoteAppsApi::registerReply_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<QString>("appId");
+    QTest::addColumn<QString>("status");
+    QTest::newRow("texts") << QByteArray(R"({"app_id":"a7","status":"ok"})") << text("a7") << text("ok");
+    QTest::newRow("number") << QByteArray(R"({"app_id":9007199254740993,"status":1})")
+                            << text("9007199254740993") << text("1");
+    QTest::newRow("missing") << QByteArray("{}") << text("") << text("");
+    QTest::newRow("null") << QByteArray(R"({"app_id":null})") << text("") << text("");
+    QTest::newRow("not JSON") << QByteArray("<html>") << text("") << text("");
+    QTest::newRow("empty") << QByteArray() << text("") << text("");
+    QTest::newRow("array") << QByteArray(R"(["app_id"])") << text("") << text("");
+}
+
+void TestRemoteAppsApi::registerReply()
+{
+    QFETCH(QByteArray, reply);
+    const RemoteAppsApi::RegisterReply read = RemoteAppsApi::readRegisterReply(reply);
+    QTEST(read.appId, "appId");
+    QTEST(read.status, "status");
+}
+
+void TestRemoteAppsApi::listReply_data()
+{
+    QTest::addColumn<QByteArray>("reply");
+    QTest::addColumn<QStringList>("records");
+    QTest::newRow("two of this device, one of another")
+        << QByteArray(R"({"apps":[
+            {"device_id":"d9","app_id":"2","identifier":"u2","name":"n2","type":"t2","more":[1]},
+            {"device_id":"d8","app_id":"3","identifier":"u2","name":"n3","type":"t3"},
+            {"device_id":"d9","app_id":1,"identifier":"u1","name":"n1","type":"t1"}]})")
+        << QStringList{text("2 u2 n2 t2"), text("1 u1 n1 t1")};
+    QTest::newRow("same id twice: both are read")
+        << QByteArray(
+               R"({"apps":[{"device_id":"d9","app_id":"1"},{"device_id":"d9","app_id":"1","name":"n"}]})")
+        << QStringList{text("1   "), text("1  n ")};
+    QTest::newRow("device id as a number")
+        << QByteArray(R"({"apps":[{"device_id":9,"app_id":"1"}]})") << QStringList();
+    QTest::newRow("no apps") << QByteArray("{}") << QStringList();
+    QTest::newRow("apps is no array") << QByteArray(R"({"apps":{"device_id":"d9"}})") << QStringList();
+    QTest::newRow("elements that are no objects")
+        << QByteArray(R"({"apps":[1,"x",null,[{"device_id":"d9"}],{"device_id":"d9","app_id":"1"}]})")
+        << QStringList{text("1   ")};
+    QTest::newRow("not JSON") << QByteArray("no") << QStringList();
+    QTest::newRow("cut off") << QByteArray(R"({"apps":[{"device_id":"d9")") << QStringList();
+}
+
+void TestRemoteAppsApi::listReply()
+{
+    QFETCH(QByteArray, reply);
+    QStringList records;
+    const QList<RemoteApplication> read = RemoteAppsApi::readListReply(reply, text("d9"));
+    for (const RemoteApplication &application : read) {
+        records.append(application.appId + QLatin1Char(' ') + application.identifier + QLatin1Char(' ') +
+                       application.name + QLatin1Char(' ') + application.type);
+    }
+    QTEST(records, "records");
+}
+
+void TestRemoteAppsApi::listReply_keepsEmptyTextsAndNulls()
+{
+    const QByteArray reply = R"({"apps":[{"device_id":"d9","app_id":"1","name":null,"type":""}]})";
+    const RemoteApplication read = RemoteAppsApi::readListReply(reply, text("d9")).value(0);
+    QVERIFY(!read.type.isNull()); // sent as "type="
+    QVERIFY(read.name.isNull());  // not sent
+    QVERIFY(read.identifier.isNull());
+}
+
+QTEST_GUILESS_MAIN(TestRemoteAppsApi)
+#include "tst_remoteappsapi.moc"

@@ -1,0 +1,647 @@
+#include "messagecapture.h"
+#include "openmanager.h"
+#include "platformcapture.h"
+#include "remotetaskwithdescription.h"
+#include "vdatafetcher_p.h"
+
+#include <QPointer>
+#include <QTimer>
+#include <QtTest>
+
+#include <malloc.h>
+
+Q_DECLARE_METATYPE(RemoteTaskDescription)
+
+namespace
+{
+
+constexpr int debugPriority = 3;
+const QByteArray retryLine = "QWixtApplicationManager: Task rescheduler after fail";
+
+QList<QByteArray> bodies()
+{
+    QList<QByteArray> list;
+    const QList<CurlFake::Request> requests = CurlFake::requests();
+    for (const CurlFake::Request &request : requests) {
+        list.append(request.method() + ' ' + request.body());
+    }
+    return list;
+}
+
+int connectionsOf(VFetchTask *task)
+{
+    // receivers() is protected; a class that derives from QObject may ask for its own kind only.
+    struct Counter : VFetchTask {
+        static int count(const VFetchTask *counted)
+        {
+            const auto *open = static_cast<const Counter *>(counted);
+            return open->receivers(SIGNAL(success(QByteArray))) +
+                   open->receivers(SIGNAL(failure(int, QByteArray))) + open->receivers(SIGNAL(doUpdate())) +
+                   open->receivers(SIGNAL(invokeIntervalChanged(int))) +
+                   open->receivers(SIGNAL(typeChanged(VFetchTask::VFetchTaskType)));
+        }
+    };
+    return Counter::count(task);
+}
+
+} // namespace
+
+class TestTaskQueue : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+
+    void request_data();
+    void request();
+    void request_ofUnknownKind();
+    void request_keepsTheKeyOfItsMoment();
+    void createdTask_printsItsParametersInDebug();
+
+    void processRequests_outsideReadyDoesNothing();
+    void processRequests_sendsInOrder();
+    void processRequests_skipsWaitingRetriesAndUnknownKinds();
+    void processRequests_handsOutStoredTasksAgain();
+    void twoRegistersAlike_areOneDescription();
+
+    void listRequest_waitsOutsideItsStates_data();
+    void listRequest_waitsOutsideItsStates();
+    void listRequest_again_data();
+    void listRequest_again();
+    void listRequest_withoutATask();
+
+    void withdrawing_keepsQueueTasksAndTimers();
+
+    void failure_isGivenUpOrRetried_data();
+    void failure_isGivenUpOrRetried();
+    void deleteAnswered404_countsAsDone();
+    void retryTimer_isOneOfFiveSeconds();
+    void secondFailure_restartsTheSameTimer();
+    void retry_whenReadyGoesOut();
+    void retry_whileNotReadyWaitsForTheNextReady();
+    void retry_ofTheListGoesOutAnyway();
+    void retry_whileTheWorkerHoldsTheTask();
+    void retryTimer_withoutSender();
+    void failureOfAnUnknownTask_endsInAWarning();
+    void manyFailures_areAllRetried();
+    void disposedTask_takesItsTimerWithIt();
+    void replacedTask_isDisposedOf();
+    void retriedAThousandTimes_holdsAsMuch();
+    void failureBody_isPrintedInDebug();
+
+private:
+    PrivateBus bus;
+};
+
+void TestTaskQueue::initTestCase()
+{
+    QVERIFY(bus.startAsSystemBus());
+}
+
+void TestTaskQueue::init()
+{
+    CurlFake::reset();
+    PlatformCapture::clear();
+}
+
+void TestTaskQueue::request_data()
+{
+    QTest::addColumn<RemoteTaskDescription>("descr");
+    QTest::addColumn<QByteArray>("method");
+    QTest::addColumn<bool>("hasBody");
+    QTest::addColumn<QByteArray>("body");
+    QTest::newRow("register") << Descr::registration("u1") << QByteArray("POST") << true
+                              << QByteArray("id=d9&identifier=u1&name=Clock&type=t");
+    QTest::newRow("delete") << Descr::deletion("a7", "u1") << QByteArray("DELETE") << true
+                            << QByteArray("app_id=a7&type=t");
+    QTest::newRow("update") << Descr::update("a7", "u1") << QByteArray("PUT") << true
+                            << QByteArray("app_id=a7&name=Clock&type=t");
+    QTest::newRow("list") << Descr::list() << QByteArray("GET") << false << QByteArray();
+}
+
+void TestTaskQueue::request()
+{
+    QFETCH(RemoteTaskDescription, descr);
+    OpenManager manager;
+    manager.beReady();
+    const std::unique_ptr<RemoteTaskWithDescription> task(manager.createRemoteTask(descr));
+    QVERIFY(task->description == descr);
+    QCOMPARE(task->id(), 0);
+    QCOMPARE(task->type(), VFetchTask::SingleShot);
+    task->run();
+
+    const CurlFake::Request request = CurlFake::requests().constFirst();
+    QTEST(request.method(), "method");
+    QTEST(request.has(CURLOPT_COPYPOSTFIELDS), "hasBody");
+    QTEST(request.body(), "body");
+    QCOMPARE(request.url(), QByteArray("https://developer.vorlet.example/api/v1/qwixt/apps"));
+    QCOMPARE(request.headers,
+             (QList<QByteArray>{"Accept: application/json", "Authorization: Basic OmtleQ=="}));
+}
+
+void TestTaskQueue::request_ofUnknownKind()
+{
+    const OpenManager manager;
+    for (const int kind : {0, 5, -1}) {
+        PlatformCapture::clear();
+        QVERIFY(manager.createRemoteTask({kind, text("u"), {}}) == nullptr);
+        QCOMPARE(PlatformCapture::texts(5), QList<QByteArray>{"RemoteRequestWorker: Unknown task type"});
+    }
+}
+
+void TestTaskQueue::request_keepsTheKeyOfItsMoment()
+{
+    OpenManager manager;
+    manager.beReady();
+    const std::unique_ptr<RemoteTaskWithDescription> task(manager.createRemoteTask(Descr::list()));
+    manager.apiKey = QString();
+    task->run();
+    QCOMPARE(CurlFake::requests().constFirst().headers.at(1), QByteArray("Authorization: Basic OmtleQ=="));
+    const std::unique_ptr<RemoteTaskWithDescription> later(manager.createRemoteTask(Descr::list()));
+    later->run();
+    QCOMPARE(CurlFake::requests().at(1).headers.at(1), QByteArray("Authorization: Basic Og=="));
+}
+
+void TestTaskQueue::createdTask_printsItsParametersInDebug()
+{
+    OpenManager manager;
+    manager.beReady();
+    const MessageCapture messages;
+    delete manager.createRemoteTask(Descr::registration("u1"));
+    QCOMPARE(messages.debugTexts().size(), 1);
+    QCOMPARE(messages.debugTexts().constFirst(),
+             text("QMap((\"id\", QVariant(QString, \"d9\"))(\"identifier\", QVariant(QString, \"u1\"))"
+                  "(\"name\", QVariant(QString, \"Clock\"))(\"type\", QVariant(QString, \"t\")))"));
+}
+
+void TestTaskQueue::processRequests_outsideReadyDoesNothing()
+{
+    OpenManager manager;
+    manager.beReady();
+    manager.pendingTasks.append(Descr::registration("u1"));
+    PlatformCapture::clear();
+    for (const auto state :
+         {QWixtApplicationManager::WaitForDaemonsToStart, QWixtApplicationManager::NotSetuped,
+          QWixtApplicationManager::NoInternet, QWixtApplicationManager::WaitForList}) {
+        manager.state = state;
+        manager.processRequests();
+    }
+    QVERIFY(PlatformCapture::lines().isEmpty());
+    QVERIFY(manager.tasksByDescription.isEmpty());
+}
+
+void TestTaskQueue::processRequests_sendsInOrder()
+{
+    OpenManager manager;
+    manager.beReady();
+    manager.pendingTasks = {Descr::update("a3", "u3"), Descr::registration("u1"), Descr::deletion("a2", "u2"),
+                            Descr::registration("u0")};
+    manager.processRequests();
+    QCOMPARE(manager.tasksByDescription.size(), 4);
+    QTRY_COMPARE(
+        bodies(),
+        (QList<QByteArray>{"PUT app_id=a3&name=Clock&type=t", "POST id=d9&identifier=u1&name=Clock&type=t",
+                           "DELETE app_id=a2&type=t", "POST id=d9&identifier=u0&name=Clock&type=t"}));
+}
+
+void TestTaskQueue::processRequests_skipsWaitingRetriesAndUnknownKinds()
+{
+    CurlFake::setAnswer({CURLE_OK, 503, "", ""});
+    OpenManager manager;
+    manager.beReady();
+    const RemoteTaskDescription odd = {9, text("odd"), {}};
+    manager.pendingTasks = {odd, Descr::registration("u1")};
+    manager.processRequests();
+    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: unknown task description"), 1);
+    QVERIFY(manager.pendingTasks.contains(odd)); // it stays
+    QTRY_COMPARE(manager.retryTimers.size(), 1);
+
+    manager.processRequests();
+    QTest::qWait(50); // grace time: the waiting task is not sent
+    QCOMPARE(CurlFake::requestCount(), 1);
+    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: unknown task description"), 2);
+}
+
+void TestTaskQueue::processRequests_handsOutStoredTasksAgain()
+{
+    CurlFake::hold();
+    OpenManager manager;
+    manager.beReady();
+    manager.pendingTasks = {Descr::registration("u1")};
+    manager.processRequests();
+    const auto *const task = manager.tasksByDescription.first();
+    manager.processRequests(); // it is on its way, which the worker does not count as held
+    QCOMPARE(manager.tasksByDescription.size(), 1);
+    QCOMPARE(manager.tasksByDescription.first(), task);
+    CurlFake::release();
+    QTRY_COMPARE(CurlFake::requestCount(), 2);
+}
+
+void TestTaskQueue::twoRegistersAlike_areOneDescription()
+{
+    OpenManager manager;
+    QVERIFY(manager.registerApplication(text("u1"), text("n"), text("t")));
+    PlatformCapture::clear();
+    QVERIFY(!manager.registerApplication(text("u1"), text("n"), text("t")));
+    QCOMPARE(PlatformCapture::texts(),
+             QList<QByteArray>{"QWixtApplicationManager: register task already exists"});
+    QCOMPARE(manager.pendingTasks.size(), 1);
+    QVERIFY(manager.registerApplication(text("u1"), text("n2"), text("t")));
+    QCOMPARE(manager.pendingTasks.size(), 2);
+}
+
+void TestTaskQueue::listRequest_waitsOutsideItsStates_data()
+{
+    QTest::addColumn<int>("state");
+    QTest::addColumn<bool>("goesOut");
+    QTest::newRow("WaitForDaemonsToStart") << 0 << false;
+    QTest::newRow("NotSetuped") << 1 << false;
+    QTest::newRow("NoInternet") << 2 << false;
+    QTest::newRow("WaitForList") << 3 << true;
+    QTest::newRow("Ready") << 4 << true;
+}
+
+void TestTaskQueue::listRequest_waitsOutsideItsStates()
+{
+    QFETCH(int, state);
+    QFETCH(bool, goesOut);
+    CurlFake::hold();
+    OpenManager manager;
+    manager.beReady();
+    manager.state = static_cast<QWixtApplicationManager::ManagerState>(state);
+    manager.getListOfRemoteApps();
+    QVERIFY(manager.pendingTasks == QList<RemoteTaskDescription>{Descr::list()});
+    QCOMPARE(manager.tasksByDescription.size(), goesOut ? 1 : 0);
+    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: added get list task"), goesOut ? 1 : 0);
+
+    // Asked for again in the same state: still one.
+    manager.getListOfRemoteApps();
+    QCOMPARE(manager.pendingTasks.size(), 1);
+    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: added get list task"), goesOut ? 2 : 0);
+}
+
+void TestTaskQueue::listRequest_again_data()
+{
+    QTest::addColumn<bool>("held");
+    QTest::addColumn<int>("runs");
+    QTest::newRow("on its way: left alone") << false << 1;
+    QTest::newRow("held by the worker: added once more") << true << 2;
+}
+
+void TestTaskQueue::listRequest_again()
+{
+    QFETCH(bool, held);
+    QFETCH(int, runs);
+    CurlFake::hold();
+    OpenManager manager;
+    manager.beReady();
+    manager.getListOfRemoteApps();
+    QTRY_COMPARE(CurlFake::requestCount(), 1);
+    auto *const fetcher = manager.findChild<VDataFetcherPrivate *>();
+    if (held) {
+        // What the worker holds is what waits in the run queue, under the one id of all remote tasks.
+        fetcher->execQueue.append(manager.tasksByDescription.first());
+    }
+    manager.getListOfRemoteApps();
+    QCOMPARE(manager.tasksByDescription.size(), 1);
+    CurlFake::setAnswer({CURLE_OK, 503, "", ""});
+    CurlFake::release();
+    QTRY_COMPARE(CurlFake::requestCount(), runs);
+    QTest::qWait(50); // grace time: no further run
+    QCOMPARE(CurlFake::requestCount(), runs);
+    fetcher->execQueue.clear();
+}
+
+void TestTaskQueue::listRequest_withoutATask()
+{
+    OpenManager manager;
+    manager.beReady();
+    manager.pendingTasks = {Descr::list()};
+    manager.getListOfRemoteApps();
+    QCOMPARE(manager.tasksByDescription.size(), 1);
+    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: added get list task"), 1);
+    QTest::qWait(50); // grace time: a task that the worker does not hold is left alone
+    QCOMPARE(CurlFake::requestCount(), 0);
+}
+
+void TestTaskQueue::withdrawing_keepsQueueTasksAndTimers()
+{
+    CurlFake::setAnswer({CURLE_OK, 503, "", ""});
+    OpenManager manager;
+    manager.beReady();
+    manager.registerApplication(text("u1"), text("n"), text("t"));
+    manager.registerApplication(text("u2"), text("n"), text("t"));
+    QTRY_COMPARE(manager.retryTimers.size(), 2);
+    PlatformCapture::clear();
+    manager.removeAllTasksFromWorker();
+    QCOMPARE(PlatformCapture::texts(),
+             QList<QByteArray>{"QWixtApplicationManager: Remove all tasks from worker"});
+    QCOMPARE(manager.pendingTasks.size(), 2);
+    QCOMPARE(manager.tasksByDescription.size(), 2);
+    QCOMPARE(manager.retryTimers.size(), 2);
+}
+
+void TestTaskQueue::failure_isGivenUpOrRetried_data()
+{
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<bool>("retried");
+    for (const int kind : {1, 2, 3, 4}) {
+        QTest::addRow("kind %d, 400", kind) << kind << 400 << false;
+        QTest::addRow("kind %d, 404", kind) << kind << 404 << false;
+        for (const int code : {-2, -1, 6, 7, 28, 60, 300, 304, 401, 403, 409, 500, 503}) {
+            QTest::addRow("kind %d, %d", kind, code) << kind << code << true;
+        }
+    }
+}
+
+void TestTaskQueue::failure_isGivenUpOrRetried()
+{
+    QFETCH(int, kind);
+    QFETCH(int, code);
+    QFETCH(bool, retried);
+    const RemoteTaskDescription descr = {kind, text("u1"), {{text("app_id"), text("a")}}};
+    OpenManager manager;
+    manager.beReady();
+    manager.pendingTasks = {Descr::update("x", "y"), descr, Descr::update("x", "z")};
+    const QPointer<RemoteTaskWithDescription> task = manager.createRemoteTask(descr);
+    storeTask(manager.tasksByDescription, descr, task);
+    const QSignalSpy registered(&manager, &QWixtApplicationManager::applicationRegistered);
+    const QSignalSpy deleted(&manager, &QWixtApplicationManager::applicationDeleted);
+    PlatformCapture::clear();
+    manager.fail(descr, code);
+
+    QCOMPARE(manager.pendingTasks.contains(descr), retried);
+    QCOMPARE(manager.pendingTasks.size(), retried ? 3 : 2);
+    QCOMPARE(findTask(manager.tasksByDescription, descr) != nullptr, retried);
+    QCOMPARE(manager.retryTimers.contains(task), retried);
+    QCOMPARE(registered.count(), 0);
+    QCOMPARE(deleted.count(), code == 404 && kind == 2 ? 1 : 0);
+    QCOMPARE(PlatformCapture::texts(), retried ? QList<QByteArray>{retryLine} : QList<QByteArray>());
+    QTest::qWait(1);
+    QTRY_COMPARE(task.isNull(), !retried);
+}
+
+void TestTaskQueue::deleteAnswered404_countsAsDone()
+{
+    OpenManager manager;
+    manager.beReady();
+    manager.addRemote({text("a7"), text("u1"), text("n"), text("t")});
+    QSignalSpy deleted(&manager, &QWixtApplicationManager::applicationDeleted);
+    CurlFake::setAnswer({CURLE_OK, 404, "", ""});
+    manager.deleteApplication(text("a7"), text("u1"), text("t"));
+    QVERIFY(deleted.wait(5000));
+    QCOMPARE(deleted.at(0), (QVariantList{text("u1"), text("a7"), text("t")}));
+    QVERIFY(manager.pendingTasks.isEmpty());
+    QVERIFY(manager.tasksByDescription.isEmpty());
+    QVERIFY(manager.retryTimers.isEmpty());
+    QVERIFY(manager.remoteApplications.contains(text("a7"))); // the record stays on this path
+}
+
+void TestTaskQueue::retryTimer_isOneOfFiveSeconds()
+{
+    CurlFake::setAnswer({CURLE_OK, 500, "", ""});
+    OpenManager manager;
+    manager.beReady();
+    manager.registerApplication(text("u1"), text("n"), text("t"));
+    QTRY_COMPARE(manager.retryTimers.size(), 1);
+    const QTimer *const timer = manager.retryTimers.first();
+    QCOMPARE(manager.retryTimers.firstKey(), manager.tasksByDescription.first());
+    QCOMPARE(timer->interval(), 5000);
+    QVERIFY(timer->isSingleShot());
+    QVERIFY(timer->isActive());
+    QCOMPARE(timer->parent(), &manager);
+    QCOMPARE(PlatformCapture::count(retryLine), 1);
+}
+
+void TestTaskQueue::secondFailure_restartsTheSameTimer()
+{
+    CurlFake::setAnswer({CURLE_OK, 500, "", ""});
+    OpenManager manager;
+    manager.beReady();
+    manager.registerApplication(text("u1"), text("n"), text("t"));
+    QTRY_COMPARE(manager.retryTimers.size(), 1);
+    const QTimer *const timer = manager.retryTimers.first();
+    QTest::qWait(200);
+    QVERIFY(timer->remainingTime() < 4900);
+    manager.fail(Descr::registration("u1", "n"), 500);
+    QCOMPARE(manager.retryTimers.size(), 1);
+    QCOMPARE(manager.retryTimers.first(), timer);
+    QVERIFY(timer->remainingTime() > 4900);
+    QCOMPARE(PlatformCapture::count(retryLine), 2);
+}
+
+void TestTaskQueue::retry_whenReadyGoesOut()
+{
+    CurlFake::queueAnswer({CURLE_OK, 503, "", ""});
+    CurlFake::queueAnswer({CURLE_OK, 200, R"({"app_id":"a1"})", ""});
+    OpenManager manager;
+    manager.beReady();
+    QSignalSpy registered(&manager, &QWixtApplicationManager::applicationRegistered);
+    manager.registerApplication(text("u1"), text("n"), text("t"));
+    QTRY_COMPARE(manager.retryTimers.size(), 1);
+    const QPointer<QTimer> timer = manager.retryTimers.first();
+    manager.retryNow();
+    QVERIFY(registered.wait(5000));
+    QVERIFY(manager.retryTimers.isEmpty());
+    QCOMPARE(CurlFake::requestCount(), 2);
+    QTRY_VERIFY(timer.isNull());
+}
+
+void TestTaskQueue::retry_whileNotReadyWaitsForTheNextReady()
+{
+    CurlFake::queueAnswer({CURLE_OK, 503, "", ""});
+    OpenManager manager;
+    manager.beReady();
+    manager.updateApplication(text("a"), text("u1"), text("n"), text("t")); // unknown there: a register
+    QTRY_COMPARE(manager.retryTimers.size(), 1);
+    manager.internetAvailable = false;
+    manager.evaluateState();
+    PlatformCapture::clear();
+    manager.retryNow();
+    QTRY_VERIFY(manager.retryTimers.isEmpty());
+    QCOMPARE(PlatformCapture::texts(),
+             QList<QByteArray>{"QWixtApplicationManager: not ready to do request 0"});
+    QCOMPARE(manager.pendingTasks.size(), 1);
+    QCOMPARE(manager.tasksByDescription.size(), 1);
+    QCOMPARE(CurlFake::requestCount(), 1);
+
+    manager.internetAvailable = true;
+    manager.evaluateState();
+    QTRY_COMPARE(CurlFake::requestCount(), 2);
+    QTRY_VERIFY(manager.pendingTasks.isEmpty());
+}
+
+void TestTaskQueue::retry_ofTheListGoesOutAnyway()
+{
+    CurlFake::setAnswer({CURLE_COULDNT_CONNECT, 0, "", ""});
+    OpenManager manager;
+    manager.beReady();
+    manager.remoteListReceived = false;
+    manager.state = QWixtApplicationManager::WaitForList;
+    manager.getListOfRemoteApps();
+    QTRY_COMPARE(manager.retryTimers.size(), 1);
+    manager.internetAvailable = false;
+    manager.evaluateState();
+    QCOMPARE(manager.state, QWixtApplicationManager::NoInternet);
+    manager.retryNow();
+    QTRY_COMPARE(CurlFake::requestCount(), 2);
+}
+
+void TestTaskQueue::retry_whileTheWorkerHoldsTheTask()
+{
+    CurlFake::setAnswer({CURLE_OK, 503, "", ""});
+    OpenManager manager;
+    manager.beReady();
+    manager.registerApplication(text("u1"), text("n"), text("t"));
+    QTRY_COMPARE(manager.retryTimers.size(), 1);
+    auto *const fetcher = manager.findChild<VDataFetcherPrivate *>();
+    fetcher->execQueue.append(manager.tasksByDescription.first());
+    PlatformCapture::clear();
+    manager.retryNow();
+    QTRY_VERIFY(manager.retryTimers.isEmpty());
+    QCOMPARE(PlatformCapture::texts(),
+             QList<QByteArray>{"QWixtApplicationManager: not ready to do request 1"});
+    fetcher->execQueue.clear();
+}
+
+void TestTaskQueue::retryTimer_withoutSender()
+{
+    OpenManager manager;
+    PlatformCapture::clear();
+    manager.delayedTaskTimeout();
+    QCOMPARE(PlatformCapture::texts(),
+             QList<QByteArray>{"QWixtApplicationManager: Unknown timer finished working"});
+    QCOMPARE(PlatformCapture::lines().constFirst().priority, 5);
+}
+
+void TestTaskQueue::failureOfAnUnknownTask_endsInAWarning()
+{
+    OpenManager manager;
+    manager.beReady();
+    manager.fail(Descr::registration("gone"), 503);
+    manager.fail(Descr::registration("gone too"), 503);
+    QCOMPARE(manager.retryTimers.size(), 1);
+    const QPointer<QTimer> timer = manager.retryTimers.value(nullptr);
+    QVERIFY(!timer.isNull());
+    PlatformCapture::clear();
+    manager.retryNow();
+    QTRY_VERIFY(timer.isNull());
+    QVERIFY(manager.retryTimers.isEmpty());
+    QCOMPARE(PlatformCapture::texts(5),
+             QList<QByteArray>{"QWixtApplicationManager: Unknown task for timer finished working"});
+}
+
+void TestTaskQueue::manyFailures_areAllRetried()
+{
+    // Each look-up of a task by its description has to find it among the others.
+    CurlFake::setAnswer({CURLE_OK, 503, "", ""});
+    OpenManager manager;
+    manager.beReady();
+    manager.addRemote({text("a1"), text("w1"), text("n"), text("t")});
+    manager.addRemote({text("a2"), text("w2"), text("n"), text("t")});
+    for (int i = 0; i < 10; ++i) {
+        manager.registerApplication(text("u") + QString::number(i), text("n") + QString::number(i % 3),
+                                    text("t"));
+    }
+    manager.updateApplication(text("a1"), text("w1"), text("new"), text("t"));
+    manager.deleteApplication(text("a2"), text("w2"), text("t"));
+    QTRY_COMPARE(manager.retryTimers.size(), 12);
+    QVERIFY(!manager.retryTimers.contains(nullptr));
+    CurlFake::setAnswer({CURLE_OK, 200, R"({"app_id":"x"})", ""});
+    manager.retryNow();
+    QTRY_VERIFY(manager.pendingTasks.isEmpty());
+    QCOMPARE(CurlFake::requestCount(), 24);
+    QVERIFY(manager.tasksByDescription.isEmpty());
+    QVERIFY(manager.retryTimers.isEmpty());
+}
+
+void TestTaskQueue::disposedTask_takesItsTimerWithIt()
+{
+    // Regression: a task that ran twice was given up while the timer of its other run still waited under it.
+    CurlFake::setAnswer({CURLE_OK, 503, "", ""});
+    OpenManager manager;
+    manager.beReady();
+    manager.registerApplication(text("u1"), text("n"), text("t"));
+    QTRY_COMPARE(manager.retryTimers.size(), 1);
+    const QPointer<QTimer> timer = manager.retryTimers.first();
+    const QPointer<RemoteTaskWithDescription> task = manager.tasksByDescription.first();
+    manager.fail(Descr::registration("u1", "n"), 400);
+    QVERIFY(manager.retryTimers.isEmpty());
+    QVERIFY(!timer->isActive());
+    QTRY_VERIFY(timer.isNull());
+    QTRY_VERIFY(task.isNull());
+}
+
+void TestTaskQueue::replacedTask_isDisposedOf()
+{
+    CurlFake::hold();
+    OpenManager manager;
+    manager.beReady();
+    QSignalSpy deleted(&manager, &QWixtApplicationManager::applicationDeleted);
+    manager.deleteApplication(text("a"), text("u"), text("t"));
+    const QPointer<RemoteTaskWithDescription> first = manager.tasksByDescription.first();
+    manager.deleteApplication(text("a"), text("u"), text("t")); // queued again, as deletions are
+    const QPointer<RemoteTaskWithDescription> second = manager.tasksByDescription.first();
+    QCOMPARE(manager.pendingTasks.size(), 2);
+    QCOMPARE(manager.tasksByDescription.size(), 1);
+    QVERIFY(second != first);
+    CurlFake::release();
+    QTRY_COMPARE(deleted.count(), 2);
+    QCOMPARE(CurlFake::requestCount(), 2);
+    QVERIFY(manager.pendingTasks.isEmpty());
+    QTRY_VERIFY(first.isNull());
+    QTRY_VERIFY(second.isNull());
+}
+
+void TestTaskQueue::retriedAThousandTimes_holdsAsMuch()
+{
+    CurlFake::setAnswer({CURLE_OK, 503, "busy", ""});
+    OpenManager manager;
+    manager.beReady();
+    manager.registerApplication(text("u1"), text("n"), text("t"));
+    QTRY_COMPARE(manager.retryTimers.size(), 1);
+    RemoteTaskWithDescription *const task = manager.tasksByDescription.first();
+    const int connections = connectionsOf(task);
+    QCOMPARE(connections, 7);
+
+    std::size_t heldEarly = 0;
+    for (int i = 1; i <= 1000; ++i) {
+        CurlFake::reset();
+        CurlFake::setAnswer({CURLE_OK, 503, "busy", ""});
+        PlatformCapture::clear();
+        QTimer *const timer = manager.retryTimers.value(task);
+        QSignalSpy due(timer, &QTimer::timeout);
+        manager.retryNow();
+        QVERIFY(due.wait(5000));
+        while (manager.retryTimers.isEmpty()) {
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        }
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        QCOMPARE(CurlFake::requestCount(), 1);
+        QCOMPARE(connectionsOf(task), connections);
+        if (i == 100) {
+            heldEarly = mallinfo2().uordblks;
+        }
+    }
+    const std::size_t heldLate = mallinfo2().uordblks;
+    QVERIFY2(heldLate < heldEarly + 8 * 1024,
+             qPrintable(QStringLiteral("%1 bytes more").arg(heldLate - heldEarly)));
+    QCOMPARE(manager.pendingTasks.size(), 1);
+    QCOMPARE(manager.tasksByDescription.first(), task);
+    QCOMPARE(manager.findChildren<QTimer *>().size(), 2); // the refresh timer and one retry
+}
+
+void TestTaskQueue::failureBody_isPrintedInDebug()
+{
+    OpenManager manager;
+    manager.beReady();
+    const MessageCapture messages;
+    manager.fail(Descr::registration("u1"), 400, "no such device");
+    QCOMPARE(messages.debugTexts(), QStringList{text("400 \"no such device\"")});
+}
+
+QTEST_GUILESS_MAIN(TestTaskQueue)
+#include "tst_taskqueue.moc"

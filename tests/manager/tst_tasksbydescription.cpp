@@ -1,0 +1,120 @@
+#include "remotetaskwithdescription.h"
+#include "tasksbydescription.h"
+
+#include <QRandomGenerator>
+#include <QtTest>
+
+#include <algorithm>
+
+namespace
+{
+
+/// A stand-in for a task that is told apart by its address only.
+RemoteTaskWithDescription *task(int number)
+{
+    static char addresses[4096];
+    return reinterpret_cast<RemoteTaskWithDescription *>(addresses + number);
+}
+
+/// Descriptions of few ids, names and kinds, so that many share each of them; no two are equal.
+QList<RemoteTaskDescription> mixture()
+{
+    QList<RemoteTaskDescription> all;
+    for (int type = 1; type <= 3; ++type) {
+        for (int id = 0; id < 6; ++id) {
+            for (int name = 0; name < 6; ++name) {
+                all.append({type, QString::number(id), {{QStringLiteral("name"), name}}});
+            }
+        }
+    }
+    return all;
+}
+
+} // namespace
+
+class TestTasksByDescription : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void pendingRegisters_areAllFound_data();
+    void pendingRegisters_areAllFound();
+    void anyOrderOfEntries_keepsThemAll();
+    void storing_replacesAnEqualEntry();
+    void taking_removesOneEntry();
+};
+
+void TestTasksByDescription::pendingRegisters_areAllFound_data()
+{
+    QTest::addColumn<int>("count");
+    for (const int count : {1, 2, 3, 5, 12, 100}) {
+        QTest::addRow("%d", count) << count;
+    }
+}
+
+void TestTasksByDescription::pendingRegisters_areAllFound()
+{
+    QFETCH(int, count);
+    TasksByDescription tasks;
+    for (int i = 0; i < count; ++i) {
+        storeTask(tasks, {1, QString::number(i), {{QStringLiteral("name"), i}}}, task(i));
+    }
+    QCOMPARE(static_cast<int>(tasks.size()), count);
+    for (int i = 0; i < count; ++i) {
+        QCOMPARE(findTask(tasks, {1, QString::number(i), {{QStringLiteral("name"), i}}}), task(i));
+    }
+    QVERIFY(findTask(tasks, {1, QStringLiteral("0"), {}}) == nullptr);
+    QVERIFY(findTask(tasks, {2, QStringLiteral("0"), {{QStringLiteral("name"), 0}}}) == nullptr);
+}
+
+void TestTasksByDescription::anyOrderOfEntries_keepsThemAll()
+{
+    QRandomGenerator random(4711);
+    for (int round = 0; round < 50; ++round) {
+        QList<RemoteTaskDescription> order = mixture();
+        std::shuffle(order.begin(), order.end(), random);
+        TasksByDescription tasks;
+        for (int i = 0; i < order.size(); ++i) {
+            QVERIFY(storeTask(tasks, order.at(i), task(i)) == nullptr);
+        }
+        QCOMPARE(tasks.size(), order.size());
+        for (int i = 0; i < order.size(); ++i) {
+            QCOMPARE(findTask(tasks, order.at(i)), task(i));
+        }
+        for (int i = 0; i < order.size(); i += 2) {
+            QCOMPARE(takeTask(tasks, order.at(i)), task(i));
+        }
+        for (int i = 0; i < order.size(); ++i) {
+            QCOMPARE(findTask(tasks, order.at(i)), i % 2 == 0 ? nullptr : task(i));
+        }
+    }
+}
+
+void TestTasksByDescription::storing_replacesAnEqualEntry()
+{
+    TasksByDescription tasks;
+    const QList<RemoteTaskDescription> all = mixture();
+    for (int i = 0; i < all.size(); ++i) {
+        storeTask(tasks, all.at(i), task(i));
+    }
+    for (int i = 0; i < all.size(); ++i) {
+        QCOMPARE(storeTask(tasks, all.at(i), task(1000 + i)), task(i));
+    }
+    QCOMPARE(tasks.size(), all.size());
+    QCOMPARE(findTask(tasks, all.at(17)), task(1017));
+}
+
+void TestTasksByDescription::taking_removesOneEntry()
+{
+    TasksByDescription tasks;
+    const QList<RemoteTaskDescription> all = mixture();
+    for (int i = 0; i < all.size(); ++i) {
+        storeTask(tasks, all.at(i), task(i));
+    }
+    QCOMPARE(takeTask(tasks, all.at(40)), task(40));
+    QVERIFY(takeTask(tasks, all.at(40)) == nullptr);
+    QCOMPARE(tasks.size(), all.size() - 1);
+}
+
+QTEST_GUILESS_MAIN(TestTasksByDescription)
+#include "tst_tasksbydescription.moc"
