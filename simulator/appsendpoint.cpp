@@ -90,12 +90,13 @@ QString AppsEndpoint::add(ServerApplication application)
 
 bool AppsEndpoint::remove(const QString &appId)
 {
-    const ServerApplication *const found = find(appId);
-    if (found == nullptr) {
-        return false;
+    for (int i = 0; i < records.size(); ++i) {
+        if (records.at(i).appId == appId) {
+            records.removeAt(i);
+            return true;
+        }
     }
-    records.erase(records.begin() + (found - &records.front()));
-    return true;
+    return false;
 }
 
 void AppsEndpoint::clear()
