@@ -1,0 +1,183 @@
+#include "fakeservice.h"
+#include "privatebus.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+namespace
+{
+
+constexpr int buildTimeoutMs = 100000;
+constexpr int answerTimeoutMs = 10000;
+
+// The build under test, as its CMake configuration sees it.
+const QString cmake = QStringLiteral(CMAKE_PROGRAM);
+const QString pkgConfig = QStringLiteral(PKG_CONFIG_PROGRAM);
+const QString compiler = QStringLiteral(COMPILER);
+const QString generator = QStringLiteral(GENERATOR);
+const QString buildFolder = QStringLiteral(BUILD_FOLDER);
+const QString configuration = QStringLiteral(CONFIGURATION);
+const QString consumerFolder = QStringLiteral(CONSUMER_FOLDER);
+const QString extraFlags = QStringLiteral(EXTRA_FLAGS);
+
+// Runs a program to its end and gives its standard output; what went wrong is in @p problem.
+QByteArray run(const QString &program, const QStringList &arguments, QString *problem,
+               const QStringList &environment = {})
+{
+    QProcess process;
+    QStringList variables = QProcess::systemEnvironment();
+    variables += environment;
+    process.setEnvironment(variables);
+    process.start(program, arguments);
+    const bool finished = process.waitForFinished(buildTimeoutMs);
+    const QByteArray output = process.readAllStandardOutput();
+    if (!finished || process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
+        *problem = program + QStringLiteral(" failed: ") + process.errorString() + QLatin1Char('\n') +
+                   QString::fromLocal8Bit(output + process.readAllStandardError());
+    }
+    return output;
+}
+
+QStringList filesBelow(const QString &folder)
+{
+    QStringList files;
+    QDirIterator iterator(folder, QDir::Files, QDirIterator::Subdirectories);
+    while (iterator.hasNext()) {
+        files.append(QDir(folder).relativeFilePath(iterator.next()));
+    }
+    files.sort();
+    return files;
+}
+
+} // namespace
+
+/// Installs the library into an empty folder and builds a program of somebody else against it.
+class TestProxyInstall : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+
+    void installedTree_holdsTheProxiesAlone();
+    void consumerFoundByCMake_speaksToItsServices();
+    void consumerFoundByPkgConfig_speaksToItsServices();
+
+private:
+    void runConsumer(const QString &program);
+
+    QTemporaryDir folder;
+    QString prefix;
+    PrivateBus bus;
+    std::unique_ptr<FakeService> fake;
+};
+
+void TestProxyInstall::initTestCase()
+{
+    prefix = folder.filePath(QStringLiteral("installed"));
+    QString problem;
+    run(cmake,
+        {QStringLiteral("--install"), buildFolder, QStringLiteral("--component"),
+         QStringLiteral("VorletProxies"), QStringLiteral("--prefix"), prefix},
+        &problem);
+    QVERIFY2(problem.isEmpty(), qPrintable(problem));
+
+    QVERIFY(bus.start());
+    fake = std::make_unique<FakeService>(
+        bus.address(), QStringList{QStringLiteral("vorlet.daemon"), QStringLiteral("widget.manager")});
+    QVERIFY(fake->isRunning());
+}
+
+void TestProxyInstall::installedTree_holdsTheProxiesAlone()
+{
+    const QStringList files = filesBelow(prefix);
+    const QStringList headers =
+        files.filter(QRegularExpression(QStringLiteral("^include/vorletproxies/.*\\.h$")));
+
+    QCOMPARE(headers.filter(QStringLiteral("proxy.h")).size(), 24);
+    QVERIFY(headers.contains(QStringLiteral("include/vorletproxies/dbusconversion.h")));
+    QVERIFY(headers.contains(QStringLiteral("include/vorletproxies/daemon/devicestate.h")));
+    QCOMPARE(headers.size(), 26);
+    QCOMPARE(files.filter(QRegularExpression(QStringLiteral("/libVorletProxies\\.a$"))).size(), 1);
+    QCOMPARE(files.filter(QRegularExpression(QStringLiteral("/pkgconfig/VorletProxies\\.pc$"))).size(), 1);
+    QCOMPARE(files.filter(QRegularExpression(QStringLiteral("/cmake/VorletProxies/.*\\.cmake$"))).size(), 4);
+    QCOMPARE(files.size(), headers.size() + 6);
+}
+
+void TestProxyInstall::runConsumer(const QString &program)
+{
+    fake->takeCalls();
+    QProcess consumer;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), bus.address());
+    consumer.setProcessEnvironment(environment);
+    consumer.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+
+    // Every question gets the answer of its turn: a map is no serial number, and that must do no harm.
+    fake->answerWith({QVariantMap{{QStringLiteral("title"), QStringLiteral("Night")}}});
+    consumer.start(program, QStringList());
+    QByteArray output;
+    while (!output.contains("waiting\n")) {
+        QVERIFY2(consumer.waitForReadyRead(answerTimeoutMs), qPrintable(consumer.errorString()));
+        output += consumer.readAllStandardOutput();
+    }
+    QCOMPARE(output,
+             QByteArray("serial: \nwidget mode: Night\nplayer: failed\nconversion: text\nwaiting\n"));
+    const QList<RecordedCall> calls = fake->takeCalls();
+    QCOMPARE(calls.size(), 2);
+    QCOMPARE(calls.first().path + calls.first().interface + calls.first().member,
+             QStringLiteral("/generalcom.vorlet.daemon.generalserial"));
+    QCOMPARE(calls.last().arguments, (QVariantList{QStringLiteral("w1"), QStringLiteral("night")}));
+
+    QVERIFY(fake->sendSignal(QStringLiteral("vorlet.daemon"), QStringLiteral("/general"),
+                             QStringLiteral("com.vorlet.daemon.general"), QStringLiteral("nameChanged"), {}));
+    QVERIFY(consumer.waitForFinished(answerTimeoutMs));
+    QCOMPARE(consumer.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(consumer.exitCode(), 0);
+}
+
+void TestProxyInstall::consumerFoundByCMake_speaksToItsServices()
+{
+    const QString build = folder.filePath(QStringLiteral("consumer"));
+    QString problem;
+    run(cmake,
+        {QStringLiteral("-S"), consumerFolder, QStringLiteral("-B"), build, QStringLiteral("-G"), generator,
+         QStringLiteral("-DCMAKE_CXX_COMPILER=") + compiler,
+         QStringLiteral("-DCMAKE_BUILD_TYPE=") + configuration,
+         QStringLiteral("-DCMAKE_CXX_FLAGS=") + extraFlags, QStringLiteral("-DCMAKE_PREFIX_PATH=") + prefix},
+        &problem);
+    QVERIFY2(problem.isEmpty(), qPrintable(problem));
+    run(cmake, {QStringLiteral("--build"), build}, &problem);
+    QVERIFY2(problem.isEmpty(), qPrintable(problem));
+    runConsumer(build + QStringLiteral("/consumer"));
+}
+
+void TestProxyInstall::consumerFoundByPkgConfig_speaksToItsServices()
+{
+    const QStringList pcFile = filesBelow(prefix).filter(QStringLiteral(".pc"));
+    QCOMPARE(pcFile.size(), 1);
+    const QString pcFolder = QFileInfo(prefix + QLatin1Char('/') + pcFile.first()).path();
+    QString problem;
+    const QByteArray flags = run(
+        pkgConfig, {QStringLiteral("--cflags"), QStringLiteral("--libs"), QStringLiteral("VorletProxies")},
+        &problem, {QStringLiteral("PKG_CONFIG_PATH=") + pcFolder});
+    QVERIFY2(problem.isEmpty(), qPrintable(problem));
+    QVERIFY(flags.contains("-lVorletProxies"));
+
+    const QString program = folder.filePath(QStringLiteral("program"));
+    QStringList arguments{QStringLiteral("-std=c++17"), QStringLiteral("-fPIC"),
+                          consumerFolder + QStringLiteral("/main.cpp"), QStringLiteral("-o"), program};
+    arguments += extraFlags.split(QLatin1Char(' '), Qt::SkipEmptyParts);
+    arguments += QString::fromUtf8(flags).simplified().split(QLatin1Char(' '));
+    run(compiler, arguments, &problem);
+    QVERIFY2(problem.isEmpty(), qPrintable(problem));
+    runConsumer(program);
+}
+
+QTEST_GUILESS_MAIN(TestProxyInstall)
+#include "tst_proxyinstall.moc"
