@@ -1,0 +1,21 @@
+# Builds the stand-in for the device's library, then the log library with it in the search path, and runs the result.
+function(run)
+  execute_process(COMMAND ${ARGV} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE errors)
+  if(NOT result EQUAL 0)
+    message(FATAL_ERROR "${ARGV}\nended with ${result}\n${output}\n${errors}")
+  endif()
+  set(output "${output}" PARENT_SCOPE)
+  set(errors "${errors}" PARENT_SCOPE)
+endfunction()
+
+file(REMOVE_RECURSE ${BINARY})
+file(MAKE_DIRECTORY ${BINARY}/lib)
+run(${COMPILER} -shared -fPIC -Wl,-soname,libLog.so.1 -o ${BINARY}/lib/libLog.so.1 ${SOURCE}/devicelog.cpp)
+run(${CMAKE_COMMAND} -G Ninja -S ${SOURCE} -B ${BINARY}/build -DCMAKE_BUILD_TYPE=Debug
+  -DCMAKE_CXX_COMPILER=${COMPILER} -DCMAKE_LIBRARY_PATH=${BINARY}/lib -DQWIXTD_QT_MAJOR=${QT_MAJOR})
+run(${CMAKE_COMMAND} --build ${BINARY}/build --target writeline)
+run(${BINARY}/build/bin/writeline)
+if(NOT output STREQUAL "device log: 5 QWIXTD one line\n" OR NOT errors STREQUAL "")
+  message(FATAL_ERROR "the device's library was given \"${output}\", standard error \"${errors}\"")
+endif()
+message("the device's library was given: ${output}")
