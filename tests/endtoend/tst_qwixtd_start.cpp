@@ -10,6 +10,7 @@ private Q_SLOTS:
     void deviceIsRead_inTheOrderOfTheStart();
     void daemonAbsent_startsWithIt();
     void daemonUnknown_isAskedForNothingButTheKey();
+    void daemonStarts_isReadWhole();
     void daemonRefusesTheKey_isWaitedFor();
     void widgetManagerAbsent_isComplainedOfAndWaitedFor();
     void widgetManagerRefusesTheList_isWaitedFor();
@@ -84,6 +85,18 @@ void TestStart::daemonUnknown_isAskedForNothingButTheKey()
     QVERIFY(device.startServices() && device.startProgram());
 
     QCOMPARE(device.daemon().calls(), QStringList("apiKey"_text));
+}
+
+void TestStart::daemonStarts_isReadWhole()
+{
+    DeviceUnderTest device;
+    QVERIFY(device.widgetManager().start() && device.startProgram());
+
+    QVERIFY(device.daemon().start());
+
+    EVENTUALLY_EQUAL(device.daemon().calls().size(), 4);
+    QCOMPARE(device.daemon().calls(),
+             QStringList({"apiKey"_text, "serial"_text, "remoteId"_text, "isInternetAvailable"_text}));
 }
 
 void TestStart::daemonRefusesTheKey_isWaitedFor()

@@ -1,0 +1,77 @@
+#include "deviceundertest.h"
+
+/// Requests that fail once are sent again five seconds later.
+class TestRetry : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void failedOnce_isSentAgainAfterFiveSeconds_data();
+    void failedOnce_isSentAgainAfterFiveSeconds();
+    void failedTwice_isSentAThirdTime();
+};
+
+namespace
+{
+// The delay is 5 s; a busy machine may add to it.
+constexpr qint64 soonestMs = 4900;
+constexpr qint64 latestMs = 6500;
+} // namespace
+
+void TestRetry::failedOnce_isSentAgainAfterFiveSeconds_data()
+{
+    QTest::addColumn<bool>("isClosed");
+    QTest::addColumn<QByteArray>("failed");
+
+    QTest::newRow("server too busy") << false << QByteArray("POST");
+    QTest::newRow("connection closed") << true << QByteArray("POST");
+    QTest::newRow("list") << false << QByteArray("GET");
+}
+
+void TestRetry::failedOnce_isSentAgainAfterFiveSeconds()
+{
+    QFETCH(bool, isClosed);
+    QFETCH(QByteArray, failed);
+    DeviceUnderTest device;
+    const ServerFault fault = isClosed ? ServerFault::withClosedConnection() : ServerFault::withStatus(503);
+    const bool isList = failed == "GET";
+    if (isList) {
+        device.server().failNext(1, fault);
+    }
+    QVERIFY(isList ? device.startServices() && device.startProgram() : device.startAll());
+    if (!isList) {
+        device.server().failNext(1, fault);
+    }
+
+    QVERIFY(device.registerApplication("u1"_text, "Clock"_text, "t"_text));
+
+    EVENTUALLY_EQUAL(device.announced(),
+                     QStringList({"daemonDidStarted()"_text, "applicationRegistered(u1, app-1, t)"_text}));
+    const QList<HttpRequest> requests = device.server().requests();
+    QCOMPARE(requests.size(), 3);
+    const HttpRequest &first = requests.at(isList ? 0 : 1);
+    const HttpRequest &second = requests.at(isList ? 1 : 2);
+    QCOMPARE(second.method, failed);
+    QCOMPARE(second.body, first.body);
+    QCOMPARE(second.header("Authorization"), first.header("Authorization"));
+    const qint64 pauseMs = second.receivedAtMs - first.answeredAtMs;
+    QVERIFY2(pauseMs >= soonestMs && pauseMs <= latestMs, QByteArray::number(pauseMs).constData());
+}
+
+void TestRetry::failedTwice_isSentAThirdTime()
+{
+    DeviceUnderTest device;
+    QVERIFY(device.startAll());
+    device.server().failNext(1, ServerFault::withStatus(500));
+    device.server().failNext(1, ServerFault::withStatus(301)); // leads nowhere
+
+    QVERIFY(device.registerApplication("u1"_text, "Clock"_text, "t"_text));
+
+    EVENTUALLY_EQUAL(device.announced().size(), 2);
+    const QList<HttpRequest> requests = device.server().requests();
+    QCOMPARE(requests.size(), 4);
+    const qint64 pauseMs = requests.at(3).receivedAtMs - requests.at(2).answeredAtMs;
+    QVERIFY2(pauseMs >= soonestMs && pauseMs <= latestMs, QByteArray::number(pauseMs).constData());
+}
+
+QTEST_GUILESS_MAIN(TestRetry)
+#include "tst_qwixtd_retry.moc"
