@@ -24,7 +24,6 @@ void CommandInput::readWhatIsThere()
         notifier.setEnabled(false);
         if (!partialLine.isEmpty()) {
             Q_EMIT lineRead(QString::fromUtf8(partialLine));
-            partialLine.clear();
         }
         Q_EMIT ended();
         return;

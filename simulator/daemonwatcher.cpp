@@ -37,12 +37,16 @@ bool DaemonWatcher::start()
     connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, &DaemonWatcher::daemonAppeared);
     connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this, &DaemonWatcher::daemonVanished);
     // No sender is named: what anybody says under the daemon's interface is worth seeing.
-    return bus.connect(QString(), path, interfaceName, QStringLiteral("daemonDidStarted"), this,
-                       SLOT(daemonDidStarted())) &&
-           bus.connect(QString(), path, interfaceName, QStringLiteral("applicationRegistered"), this,
-                       SLOT(applicationRegistered(QString, QString, QString))) &&
-           bus.connect(QString(), path, interfaceName, QStringLiteral("applicationDeleted"), this,
-                       SLOT(applicationDeleted(QString, QString, QString)));
+    const bool isSubscribed =
+        bus.connect(QString(), path, interfaceName, QStringLiteral("daemonDidStarted"), this,
+                    SLOT(daemonDidStarted())) &&
+        bus.connect(QString(), path, interfaceName, QStringLiteral("applicationRegistered"), this,
+                    SLOT(applicationRegistered(QString, QString, QString))) &&
+        bus.connect(QString(), path, interfaceName, QStringLiteral("applicationDeleted"), this,
+                    SLOT(applicationDeleted(QString, QString, QString)));
+    // The bus answers in order: once it has answered a call, the subscriptions are in force.
+    isDaemonPresent();
+    return isSubscribed;
 }
 
 bool DaemonWatcher::isDaemonPresent() const

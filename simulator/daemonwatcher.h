@@ -13,7 +13,8 @@ public:
     explicit DaemonWatcher(const QString &busAddress, QObject *parent = nullptr);
     ~DaemonWatcher() override;
 
-    /// Subscribes to the daemon's signals; false when the bus is not there or refuses.
+    /// Subscribes to the daemon's signals and returns when that is in force, so that none is missed that is
+    /// sent afterwards; false when the bus is not there or refuses.
     bool start();
     /// Whether the daemon's name is on the bus now. Asks the bus and waits for its answer.
     bool isDaemonPresent() const;

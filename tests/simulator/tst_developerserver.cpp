@@ -309,12 +309,13 @@ void TestDeveloperServer::headers_areKeptAsReceived()
 void TestDeveloperServer::oneConnectionForTwoRequests_isSeen()
 {
     client->setReuseConnection(true);
-    send("GET");
-    send("GET");
+    send("GET", {}, usual + QList<QByteArray>{"X-Number: 1"});
+    send("GET", {}, usual + QList<QByteArray>{"X-Number: 2"});
     const QList<HttpRequest> requests = server->requests();
     QCOMPARE(requests.size(), 2);
     QVERIFY(requests[0].remotePort > 0);
     QCOMPARE(requests[1].remotePort, requests[0].remotePort);
+    QCOMPARE(requests[1].header("X-Number"), QByteArray("2"));
 }
 
 void TestDeveloperServer::connectionEach_isSeen()

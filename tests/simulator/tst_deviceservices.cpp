@@ -147,6 +147,8 @@ void TestDeviceServices::listen(const QString &path, const QString &interface, c
     for (const QString &member : members) {
         QVERIFY(connection->connect(QString(), path, interface, member, log.get(), SLOT(take(QDBusMessage))));
     }
+    // The bus answers in order: once it has answered this, the subscriptions are in force.
+    QVERIFY(connection->interface()->isServiceRegistered(QStringLiteral("org.freedesktop.DBus")));
 }
 
 void TestDeviceServices::getters_answerTheState()

@@ -8,11 +8,9 @@
 
 #include <QFile>
 
-#include <arpa/inet.h>
 #include <csignal>
-#include <netinet/in.h>
-#include <sys/socket.h>
-#include <unistd.h>
+#include <curl/curl.h>
+#include <memory>
 
 namespace
 {
@@ -108,17 +106,17 @@ void TestTestSupport::rawServer_stopsWithASilentConnection()
 {
     RawTlsServer server;
     QVERIFY(server.start(Certificates::shared().serverCertificate(), Certificates::shared().serverKey()));
-    const int silent = socket(AF_INET, SOCK_STREAM, 0);
-    sockaddr_in address{};
-    address.sin_family = AF_INET;
-    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    address.sin_port = htons(server.port());
-    QCOMPARE(::connect(silent, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+    // Ends its handshake, so that the server is in the midst of serving it, and then says nothing.
+    const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> silent(curl_easy_init(), &curl_easy_cleanup);
+    const QByteArray url = "https://" + server.host().toUtf8() + path;
+    curl_easy_setopt(silent.get(), CURLOPT_URL, url.constData());
+    curl_easy_setopt(silent.get(), CURLOPT_CAINFO, Certificates::shared().authority().toUtf8().constData());
+    curl_easy_setopt(silent.get(), CURLOPT_CONNECT_ONLY, 1L);
+    QCOMPARE(curl_easy_perform(silent.get()), CURLE_OK);
     QElapsedTimer elapsed;
     elapsed.start();
     server.stop();
     QVERIFY(elapsed.elapsed() < 1000);
-    ::close(silent);
 }
 
 void TestTestSupport::daemonProcess_runsAndTrustsTheAuthority()
