@@ -27,7 +27,7 @@ class QWixtApplicationManager : public QObject
     Q_OBJECT
 
 public:
-    enum ManagerState {
+    enum ManagerState : qint32 {
         WaitForDaemonsToStart = 0, ///< the main daemon or the widget list is not known yet
         NotSetuped = 1,            ///< the device has no API key or no remote id yet
         NoInternet = 2,            ///< set up, but offline

@@ -66,6 +66,7 @@ public:
 
 } // namespace
 
+/// The tasks of a test stand before its worker, whose thread may still be leaving their run at the end.
 class TestRemoteRequestWorker : public QObject
 {
     Q_OBJECT
@@ -130,9 +131,9 @@ void TestRemoteRequestWorker::result_carriesTheDescription()
     QFETCH(int, status);
     QFETCH(QByteArray, body);
     CurlFake::setAnswer({static_cast<CURLcode>(curlCode), status, body, ""});
+    RemoteTaskWithDescription task(description("u"));
     RemoteRequestWorker worker(nullptr);
     const Receiver receiver(&worker);
-    RemoteTaskWithDescription task(description("u"));
     worker.addTask(&task);
     QTRY_COMPARE(receiver.results.size(), 1);
     QTEST(receiver.results.constFirst().code, "code");
@@ -144,9 +145,9 @@ void TestRemoteRequestWorker::result_carriesTheDescription()
 
 void TestRemoteRequestWorker::taskAddedTwice_isConnectedOnceAndRunsTwice()
 {
+    CountingTask task(description("u"));
     RemoteRequestWorker worker(nullptr);
     const Receiver receiver(&worker);
-    CountingTask task(description("u"));
     worker.addTask(&task);
     const int connections = task.connections();
     worker.addTask(&task);
@@ -159,10 +160,10 @@ void TestRemoteRequestWorker::taskAddedTwice_isConnectedOnceAndRunsTwice()
 void TestRemoteRequestWorker::taskAddedAgainAThousandTimes_holdsAsManyConnections()
 {
     CurlFake::setAnswer({CURLE_OK, 503, "", ""});
+    CountingTask task(description("u"));
     RemoteRequestWorker worker(nullptr);
     Receiver receiver(&worker);
     QSignalSpy arrivals(&receiver, &Receiver::arrived);
-    CountingTask task(description("u"));
     for (int i = 1; i <= 1000; ++i) {
         worker.addTask(&task);
         QVERIFY(arrivals.count() == i || arrivals.wait(5000));
@@ -175,8 +176,8 @@ void TestRemoteRequestWorker::taskAddedAgainAThousandTimes_holdsAsManyConnection
 void TestRemoteRequestWorker::containsTask_onlyWhileQueued()
 {
     CurlFake::hold();
-    RemoteRequestWorker worker(nullptr);
     RemoteTaskWithDescription task(description("u"));
+    RemoteRequestWorker worker(nullptr);
     QVERIFY(!worker.containsTask(&task));
     worker.addTask(&task);
     QTRY_COMPARE(CurlFake::requestCount(), 1);
@@ -187,10 +188,10 @@ void TestRemoteRequestWorker::containsTask_onlyWhileQueued()
 void TestRemoteRequestWorker::removeTask_leavesTheRunQueued()
 {
     CurlFake::hold();
-    RemoteRequestWorker worker(nullptr);
-    const Receiver receiver(&worker);
     RemoteTaskWithDescription first(description("1"));
     RemoteTaskWithDescription second(description("2"));
+    RemoteRequestWorker worker(nullptr);
+    const Receiver receiver(&worker);
     worker.addTask(&first);
     worker.addTask(&second);
     worker.removeTask(&second);

@@ -28,20 +28,17 @@ QList<QByteArray> bodies()
     return list;
 }
 
-int connectionsOf(VFetchTask *task)
+int connectionsOf(const VFetchTask *task)
 {
-    // receivers() is protected; a class that derives from QObject may ask for its own kind only.
+    // receivers() is protected; a derived class may name it.
     struct Counter : VFetchTask {
-        static int count(const VFetchTask *counted)
-        {
-            const auto *open = static_cast<const Counter *>(counted);
-            return open->receivers(SIGNAL(success(QByteArray))) +
-                   open->receivers(SIGNAL(failure(int, QByteArray))) + open->receivers(SIGNAL(doUpdate())) +
-                   open->receivers(SIGNAL(invokeIntervalChanged(int))) +
-                   open->receivers(SIGNAL(typeChanged(VFetchTask::VFetchTaskType)));
-        }
+        static int (QObject::*receiversOf())(const char *) const { return &Counter::receivers; }
     };
-    return Counter::count(task);
+    const auto receivers = Counter::receiversOf();
+    return (task->*receivers)(SIGNAL(success(QByteArray))) +
+           (task->*receivers)(SIGNAL(failure(int, QByteArray))) + (task->*receivers)(SIGNAL(doUpdate())) +
+           (task->*receivers)(SIGNAL(invokeIntervalChanged(int))) +
+           (task->*receivers)(SIGNAL(typeChanged(VFetchTask::VFetchTaskType)));
 }
 
 } // namespace
