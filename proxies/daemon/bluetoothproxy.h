@@ -49,7 +49,7 @@ public:
     /// "pairable", "powered", "low_energy", "connectable", "advertising".
     QVariantMap getAdapterState(QDBus::CallMode mode);
 
-    /// deviceConnectionType(s): answers a{sv}.
+    /// deviceConnectionType(s) -> a{sv}: as the getter of this name.
     QDBusPendingCall deviceConnectionType(const QString &address);
     /// setBluetoothConfig(ay): the JSON object of the command.
     QDBusPendingCall setBluetoothConfig(const QVariant &config);

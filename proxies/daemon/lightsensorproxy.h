@@ -16,7 +16,7 @@ public:
     /// sensorData() -> d: what the sensor reads; a double on the bus.
     float sensorData(QDBus::CallMode mode);
 
-    /// sensorData(): answers d.
+    /// sensorData() -> d: as the getter of this name.
     QDBusPendingCall sensorData();
 
     /// Signal sensorDataChanged(d): what the sensor reads.

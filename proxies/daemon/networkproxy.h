@@ -34,7 +34,7 @@ public:
     /// "netmask", "address", "strength".
     QVariantMap getWifiState(QDBus::CallMode mode);
 
-    /// isInternetAvailable(): answers b.
+    /// isInternetAvailable() -> b: as the getter of this name.
     QDBusPendingCall isInternetAvailable();
 
     /// Signal networkInterfaceStateChanged(sb): an interface's name and whether it is up.

@@ -123,15 +123,15 @@ public:
     /// listOfInstalledSystemServices() -> as: service names; an error is logged.
     QStringList listOfInstalledSystemServices(QDBus::CallMode mode);
 
-    /// appInfo(s): answers ay, a JSON object.
+    /// appInfo(s) -> ay: a JSON object.
     QDBusPendingCall appInfo(const QString &appId);
-    /// widgetInfo(s): answers ay, a JSON object.
+    /// widgetInfo(s) -> ay: a JSON object.
     QDBusPendingCall widgetInfo(const QString &widgetId);
-    /// shortWidgetInfo(s): answers ay, a JSON object.
+    /// shortWidgetInfo(s) -> ay: a JSON object.
     QDBusPendingCall shortWidgetInfo(const QString &widgetId);
-    /// listOfInstalledApps(): answers as.
+    /// listOfInstalledApps() -> as: as the getter of this name.
     QDBusPendingCall listOfInstalledApps();
-    /// widgetsForPkg(s): answers as.
+    /// widgetsForPkg(s) -> as: as the getter of this name.
     QDBusPendingCall widgetsForPkg(const QString &packageName);
     /// sendRemoteEvent(sa{sv}): an event for whoever subscribed.
     QDBusPendingCall sendRemoteEvent(const QString &event, const QVariantMap &parameters);

@@ -126,8 +126,7 @@ void TestProxyInstall::runConsumer(const QString &program)
         QVERIFY2(consumer.waitForReadyRead(answerTimeoutMs), qPrintable(consumer.errorString()));
         output += consumer.readAllStandardOutput();
     }
-    QCOMPARE(output,
-             QByteArray("serial: \nwidget mode: Night\nplayer: failed\nconversion: text\nwaiting\n"));
+    QCOMPARE(output, QByteArray("serial: \nwidget mode: Night\nplayer: failed\nconversion: text\nwaiting\n"));
     const QList<RecordedCall> calls = fake->takeCalls();
     QCOMPARE(calls.size(), 2);
     QCOMPARE(calls.first().path + calls.first().interface + calls.first().member,
