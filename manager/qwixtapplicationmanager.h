@@ -52,8 +52,7 @@ public:
                            const QString &type);
     /// Queues a deletion; the outcome is applicationDeleted(). The texts are copies, since the record that
     /// they may come from can go while this runs.
-    void deleteApplication(QString qwixtId, QString uuid,
-                           QString type); // NOLINT(performance-unnecessary-value-param)
+    void deleteApplication(QString qwixtId, QString uuid, QString type);
 
 Q_SIGNALS:
     // The argument names are those of the published interface, spelled so.

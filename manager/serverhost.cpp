@@ -9,7 +9,7 @@ namespace
 
 QString readServerHost()
 {
-    const QString host = qEnvironmentVariable("QWIXTD_SERVER_HOST");
+    QString host = qEnvironmentVariable("QWIXTD_SERVER_HOST");
     if (isHostName(host)) {
         return host;
     }
