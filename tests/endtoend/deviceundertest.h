@@ -40,6 +40,8 @@ public:
     static const QString apiKey;
 
     explicit DeviceUnderTest(Build build = Shipped);
+    /// With the daemon at this path.
+    explicit DeviceUnderTest(const QString &program);
     ~DeviceUnderTest() override;
 
     PrivateBus &bus();

@@ -1,0 +1,200 @@
+#include "deviceundertest.h"
+
+/// What the program as it is shipped writes to standard error, to the letter.
+class TestLogLines : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void everyKindOfRequest_isToldInTheseLines();
+    void requestsQueuedBeforeReady_areToldByTheirOutcomeAlone();
+    void failures_areTold();
+    void serverOfAnUnknownAuthority_isNotTrusted();
+    void underTheJournal_linesBeginWithTheirPriority();
+    void foreignTextInALine_staysOnOneLine_data();
+    void foreignTextInALine_staysOnOneLine();
+    void longLine_isCut();
+    void standardOutput_staysEmpty();
+};
+
+namespace
+{
+const ServerApplication listed = {"d9"_text, "a1"_text, "u1"_text, "Clock"_text, "t"_text};
+
+QByteArray urlOf(DeviceUnderTest &device)
+{
+    return "https://" + device.server().host().toLatin1() + "/api/v1/qwixt/apps";
+}
+} // namespace
+
+void TestLogLines::everyKindOfRequest_isToldInTheseLines()
+{
+    DeviceUnderTest device;
+    device.server().addApplication(listed);
+    QVERIFY(device.startAll());
+    QCOMPARE(device.lines(), QList<QByteArray>());
+
+    QVERIFY(device.registerApplication("u2"_text, "Radio"_text, "t"_text));
+    EVENTUALLY_EQUAL(device.lines(),
+                     QList<QByteArray>({"I/QWIXTD: QWixtApplicationManager: added register app task",
+                                        "I/QWIXTD: QWixtApplicationManager: Application registered with "
+                                        "status registered"}));
+    QVERIFY(device.updateApplication("a1"_text, "u1"_text, "Watch"_text, "t"_text));
+    EVENTUALLY_EQUAL(device.lines().mid(2),
+                     QList<QByteArray>({"I/QWIXTD: QWixtApplicationManager: added update app task",
+                                        "I/QWIXTD: QWixtApplicationManager: Application updated"}));
+    QVERIFY(device.updateApplication("a1"_text, "u1"_text, "Watch"_text, "t"_text));
+    EVENTUALLY_EQUAL(device.lines().mid(4),
+                     QList<QByteArray>{"I/QWIXTD: QWixtApplicationManager: application is not changed"});
+    QVERIFY(device.deleteApplication("a1"_text, "u1"_text, "t"_text));
+    EVENTUALLY_EQUAL(device.lines().mid(5),
+                     QList<QByteArray>({"I/QWIXTD: QWixtApplicationManager: added delete app task",
+                                        "I/QWIXTD: QWixtApplicationManager: Application deleted"}));
+    QVERIFY(device.updateApplication("a9"_text, "u3"_text, "Mail"_text, "t"_text));
+    EVENTUALLY_EQUAL(
+        device.lines().mid(7),
+        QList<QByteArray>({"W/QWIXTD: No remote info about application a9 register one more time",
+                           "I/QWIXTD: QWixtApplicationManager: added register app task",
+                           "I/QWIXTD: QWixtApplicationManager: Application registered with status "
+                           "registered"}));
+}
+
+void TestLogLines::requestsQueuedBeforeReady_areToldByTheirOutcomeAlone()
+{
+    DeviceUnderTest device;
+    device.daemon().setInternetAvailable(false);
+    QVERIFY(device.startServices() && device.startProgram());
+    QVERIFY(device.registerApplication("u2"_text, "Radio"_text, "t"_text));
+    QVERIFY(device.registerApplication("u2"_text, "Radio"_text, "t"_text));
+    QVERIFY(device.deleteApplication("a1"_text, "u1"_text, "t"_text));
+
+    QVERIFY(device.setInternetAvailable(true));
+
+    EVENTUALLY_EQUAL(device.lines().size(), 2);
+    QCOMPARE(device.lines().at(0),
+             QByteArray("I/QWIXTD: QWixtApplicationManager: Application registered with status registered"));
+    // The server has no such application.
+    QCOMPARE(device.lines().at(1), "W/QWIXTD: FetchTask: DELETE Status=404 Url=" + urlOf(device));
+}
+
+void TestLogLines::failures_areTold()
+{
+    DeviceUnderTest device;
+    device.server().addApplication(listed);
+    device.server().failNext(1, ServerFault::withStatus(400));
+    QVERIFY(device.startServices() && device.startProgram());
+    const QByteArray url = urlOf(device);
+    EVENTUALLY_EQUAL(device.lines(), QList<QByteArray>{"W/QWIXTD: FetchTask: GET Status=400 Url=" + url});
+    QVERIFY(device.setInternetAvailable(false));
+    QVERIFY(device.setInternetAvailable(true));
+    EVENTUALLY_EQUAL(device.announced().size(), 1);
+
+    device.server().failNext(1, ServerFault::withStatus(503));
+    QVERIFY(device.registerApplication("u2"_text, "Radio"_text, "t"_text));
+    EVENTUALLY(device.hasLine("W/QWIXTD: FetchTask: POST Status=503 Url=" + url));
+    device.server().failNext(1, ServerFault::withStatus(401));
+    QVERIFY(device.updateApplication("a1"_text, "u1"_text, "Watch"_text, "t"_text));
+    EVENTUALLY(device.hasLine("W/QWIXTD: FetchTask: PUT Status=401 Url=" + url));
+    device.server().failNext(1, ServerFault::withStatus(500));
+    QVERIFY(device.deleteApplication("a1"_text, "u1"_text, "t"_text));
+    EVENTUALLY(device.hasLine("W/QWIXTD: FetchTask: DELETE Status=500 Url=" + url));
+    device.server().stop();
+    QVERIFY(device.registerApplication("u3"_text, "Mail"_text, "t"_text));
+    EVENTUALLY(device.hasLine("E/QWIXTD: FetchTask: [Error] 7 " + url + " Couldn't connect to server"));
+}
+
+void TestLogLines::serverOfAnUnknownAuthority_isNotTrusted()
+{
+    DeviceUnderTest device;
+    QwixtdProcess stranger(QStringLiteral(QWIXTD_PROGRAM), "/dev/null"_text);
+    QVERIFY(device.startServices());
+
+    QVERIFY(stranger.start(device.bus().address(), device.server().host()));
+
+    EVENTUALLY(!stranger.errorLines().isEmpty());
+    const QByteArray beginning = "E/QWIXTD: FetchTask: [Error] ";
+    const QByteArray line = stranger.errorLines().at(0);
+    // Without any authority the library says so (77) or finds the certificate wanting (60).
+    QVERIFY2(line.startsWith(beginning + "60 " + urlOf(device)) ||
+                 line.startsWith(beginning + "77 " + urlOf(device)),
+             line.constData());
+    QCOMPARE(device.server().requestCount(), 0);
+}
+
+void TestLogLines::underTheJournal_linesBeginWithTheirPriority()
+{
+    DeviceUnderTest device;
+    device.server().addApplication(listed);
+    device.program().setEnvironment("JOURNAL_STREAM"_text, "8:12345"_text);
+    QVERIFY(device.startAll());
+
+    QVERIFY(device.updateApplication("a1"_text, "u1"_text, "Clock"_text, "t"_text));
+    device.server().failNext(1, ServerFault::withStatus(503));
+    QVERIFY(device.deleteApplication("a1"_text, "u1"_text, "t"_text));
+    EVENTUALLY_EQUAL(device.lines().size(), 3);
+    device.server().stop();
+    QVERIFY(device.deleteApplication("a2"_text, "u2"_text, "t"_text));
+
+    EVENTUALLY_EQUAL(device.lines(),
+                     QList<QByteArray>({"<6>I/QWIXTD: QWixtApplicationManager: application is not changed",
+                                        "<6>I/QWIXTD: QWixtApplicationManager: added delete app task",
+                                        "<4>W/QWIXTD: FetchTask: DELETE Status=503 Url=" + urlOf(device),
+                                        "<6>I/QWIXTD: QWixtApplicationManager: added delete app task",
+                                        "<3>E/QWIXTD: FetchTask: [Error] 7 " + urlOf(device) +
+                                            " Couldn't connect to server"}));
+}
+
+void TestLogLines::foreignTextInALine_staysOnOneLine_data()
+{
+    QTest::addColumn<QString>("appId");
+    QTest::addColumn<QByteArray>("shown");
+
+    QTest::newRow("line feed") << "a\nE/QWIXTD: forged"_text << QByteArray("a E/QWIXTD: forged");
+    QTest::newRow("carriage return") << "a\rb\r\nc"_text << QByteArray("a b  c");
+    QTest::newRow("escape sequence") << "\x1b[2Ja\x1b[31m"_text << QByteArray(" [2Ja [31m");
+    QTest::newRow("all others") << "\x01\x07\x08\t\x0b\x0c\x1f\x7f."_text << QByteArray("        .");
+    QTest::newRow("places of a format") << "%s%n%d%%"_text << QByteArray("%s%n%d%%");
+    QTest::newRow("priority") << "\n<0>a"_text << QByteArray(" <0>a");
+}
+
+void TestLogLines::foreignTextInALine_staysOnOneLine()
+{
+    QFETCH(QString, appId);
+    QFETCH(QByteArray, shown);
+    DeviceUnderTest device;
+    QVERIFY(device.startAll());
+
+    QVERIFY(device.updateApplication(appId, "u1"_text, "Clock"_text, "t"_text));
+
+    EVENTUALLY_EQUAL(
+        device.lines(),
+        QList<QByteArray>({"W/QWIXTD: No remote info about application " + shown + " register one more time",
+                           "I/QWIXTD: QWixtApplicationManager: added register app task",
+                           "I/QWIXTD: QWixtApplicationManager: Application registered with "
+                           "status registered"}));
+}
+
+void TestLogLines::longLine_isCut()
+{
+    DeviceUnderTest device;
+    QVERIFY(device.startAll());
+
+    QVERIFY(device.updateApplication(QString(300, QLatin1Char('x')), "u1"_text, "Clock"_text, "t"_text));
+
+    const QByteArray text = "No remote info about application ";
+    EVENTUALLY_EQUAL(device.lines('W'), QList<QByteArray>{text + QByteArray(254 - text.size(), 'x')});
+}
+
+void TestLogLines::standardOutput_staysEmpty()
+{
+    DeviceUnderTest device;
+    QVERIFY(device.startAll());
+    QVERIFY(device.updateApplication("a9"_text, "u3"_text, "Mail"_text, "t"_text));
+    EVENTUALLY_EQUAL(device.lines().size(), 3);
+
+    QByteArray lines = device.lines().join('\n') + '\n';
+
+    QCOMPARE(device.program().output(), lines);
+}
+
+QTEST_GUILESS_MAIN(TestLogLines)
+#include "tst_qwixtd_loglines.moc"
