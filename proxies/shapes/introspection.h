@@ -7,5 +7,6 @@
 ///
 /// QDBusInterface's constructor introspects the remote object unless its connection knows the interface
 /// already. That call starts an absent service and waits for one that hangs, and a proxy needs none of its
-/// answer: it names its members itself.
+/// answer: it names its members itself. Only where one object of the program stands for every path of the
+/// connection does the constructor ask as it always did.
 const QDBusConnection &withoutIntrospection(const QDBusConnection &connection, const QString &interface);

@@ -6,6 +6,7 @@
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QDBusVirtualObject>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QtTest>
@@ -33,6 +34,8 @@ private Q_SLOTS:
 
     void absentService_isNotStarted();
     void hangingService_isNotAsked();
+    void programThatExportsItsRoot_doesNotAskEither();
+    void programThatTakesEveryPath_hasWorkingProxies();
     void proxy_leavesNothingBehindOnTheConnection();
     void interfaceKnownToTheConnection_isKept();
     void callAfterCall_lastErrorFollows();
@@ -130,6 +133,40 @@ void TestProxyConstruction::hangingService_isNotAsked()
     const QList<RecordedCall> calls = fake.takeCalls();
     QCOMPARE(calls.size(), 1);
     QCOMPARE(calls.first().member, QStringLiteral("ping"));
+}
+
+void TestProxyConstruction::programThatExportsItsRoot_doesNotAskEither()
+{
+    FakeService fake(bus.address(), {QStringLiteral("vorlet.daemon")});
+    QDBusConnection connection = client();
+    QObject root;
+    QVERIFY(connection.registerObject(QStringLiteral("/"), &root, QDBusConnection::ExportAllSlots));
+
+    const Daemon::NetworkProxy proxy(nullptr, connection);
+    QVERIFY(proxy.isValid());
+    QCOMPARE(fake.takeCalls().size(), 0);
+    QCOMPARE(connection.objectRegisteredAt(QStringLiteral("/")), &root);
+}
+
+void TestProxyConstruction::programThatTakesEveryPath_hasWorkingProxies()
+{
+    class EveryPath : public QDBusVirtualObject
+    {
+    public:
+        QString introspect(const QString & /*path*/) const override { return {}; }
+        bool handleMessage(const QDBusMessage & /*message*/, const QDBusConnection & /*connection*/) override
+        {
+            return false;
+        }
+    };
+    FakeService fake(bus.address(), {QStringLiteral("vorlet.daemon")});
+    fake.answerWith({QStringLiteral("192.0.2.1")});
+    QDBusConnection connection = client();
+    EveryPath everyPath;
+    QVERIFY(connection.registerVirtualObject(QStringLiteral("/"), &everyPath, QDBusConnection::SubPath));
+
+    Daemon::NetworkProxy proxy(nullptr, connection);
+    QCOMPARE(proxy.externalIp(QDBus::Block), QStringLiteral("192.0.2.1"));
 }
 
 void TestProxyConstruction::proxy_leavesNothingBehindOnTheConnection()

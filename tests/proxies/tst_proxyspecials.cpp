@@ -1,6 +1,7 @@
 #include "btnotifications/btnotificationsproxy.h"
 #include "daemon/clockproxy.h"
 #include "daemon/screensaverproxy.h"
+#include "described.h"
 #include "fakeservice.h"
 #include "messagecapture.h"
 #include "mqttclient/generalproxy.h"
@@ -103,11 +104,11 @@ void TestProxySpecials::bothFamilies_readTheSameValueTheirWay()
     fake->answerWith({list({list({1, list({2})}), QVariantMap{{key, list({list({path})})}}})});
 
     const QVariantList flat{1, 2, QVariantMap{{key, list({QStringLiteral("/one")})}}};
-    QCOMPARE(flattening.listOfQueuedNotifications(QDBus::Block), flat);
-    QCOMPARE(scrolling.scrollTypeInfos(QDBus::Block), flat);
+    QCOMPARE(described(flattening.listOfQueuedNotifications(QDBus::Block)), described(flat));
+    QCOMPARE(described(scrolling.scrollTypeInfos(QDBus::Block)), described(flat));
     const QVariantList nested{list({1, list({2})}),
                               QVariantMap{{key, list({list({QStringLiteral("/one")})})}}};
-    QCOMPARE(nesting.supportedAppList(QDBus::Block), nested);
+    QCOMPARE(described(nesting.supportedAppList(QDBus::Block)), described(nested));
 }
 
 void TestProxySpecials::widgetPropertyThatCannotBeWritten_isLoggedAndSentAllTheSame()
