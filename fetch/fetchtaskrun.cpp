@@ -39,12 +39,6 @@ QString shownValue(const QString &name, const QString &value)
     return secret ? QStringLiteral("***") : value;
 }
 
-bool initialiseCurlOnce()
-{
-    static const bool ready = curl_global_init(CURL_GLOBAL_DEFAULT) == CURLE_OK;
-    return ready;
-}
-
 std::size_t appendToBody(char *bytes, std::size_t size, std::size_t count, void *task)
 {
     static_cast<VFetchTaskPrivate *>(task)->responseBody.append(bytes, static_cast<int>(size * count));
@@ -118,7 +112,7 @@ void VFetchTaskPrivate::run()
 
 void VFetchTaskPrivate::transfer()
 {
-    const CurlHandle handle(initialiseCurlOnce() ? curl_easy_init() : nullptr);
+    const CurlHandle handle(curl_easy_init());
     if (!handle) {
         logError("FetchTask: Unable to initialize curl.");
         status = 0;
@@ -126,8 +120,9 @@ void VFetchTaskPrivate::transfer()
         return;
     }
 
-    CurlList headersToSend;
     CurlForm form;
+    CurlList headersToSend;
+    CURLcode code = CURLE_OK;
     QByteArray encodedUrl;
     const char *word = "";
     {
@@ -135,16 +130,19 @@ void VFetchTaskPrivate::transfer()
         curl_easy_setopt(handle.get(), CURLOPT_DNS_CACHE_TIMEOUT, dnsCacheSeconds);
         curl_easy_setopt(handle.get(), CURLOPT_NOSIGNAL,
                          1L); // the resolver must not use signals off the main thread
-        headersToSend = headerList();
+        code = fillHeaderList(headersToSend);
         applyMethod(handle.get(), form);
-        applyBody(handle.get());
+        const CURLcode bodyCode = applyBody(handle.get());
+        code = code == CURLE_OK ? bodyCode : code;
         encodedUrl = url.toEncoded();
         applyTarget(handle.get(), headersToSend, encodedUrl);
         word = methodWord(method);
     }
 
     logDebug("FetchTask: Making request to %s", encodedUrl.constData());
-    const CURLcode code = curl_easy_perform(handle.get());
+    if (code == CURLE_OK) { // else there was no memory for the request, and a part of it must not go out
+        code = curl_easy_perform(handle.get());
+    }
     if (code == CURLE_OK) {
         reportAnswer(handle.get(), word, encodedUrl);
     } else {
@@ -152,20 +150,21 @@ void VFetchTaskPrivate::transfer()
     }
 }
 
-CurlList VFetchTaskPrivate::headerList() const
+CURLcode VFetchTaskPrivate::fillHeaderList(CurlList &list) const
 {
-    CurlList list;
     for (auto header = headers.cbegin(); header != headers.cend(); ++header) {
         if (debugLogEnabled()) {
             qDebug().noquote() << "header" << header.key() << ":" << shownValue(header.key(), header.value());
         }
         const QByteArray line = QStringLiteral("%1: %2").arg(header.key(), header.value()).toLatin1();
-        if (curl_slist *longer = curl_slist_append(list.get(), line.constData())) {
-            Q_UNUSED(list.release()) // the longer list owns it
-            list.reset(longer);
+        curl_slist *const longer = curl_slist_append(list.get(), line.constData());
+        if (longer == nullptr) {
+            return CURLE_OUT_OF_MEMORY;
         }
+        Q_UNUSED(list.release()) // the longer list owns it
+        list.reset(longer);
     }
-    return list;
+    return CURLE_OK;
 }
 
 void VFetchTaskPrivate::applyMethod(CURL *handle, CurlForm &form) const
@@ -216,15 +215,16 @@ CurlForm VFetchTaskPrivate::multipartForm() const
     return CurlForm(first);
 }
 
-void VFetchTaskPrivate::applyBody(CURL *handle) const
+CURLcode VFetchTaskPrivate::applyBody(CURL *handle) const
 {
     const QByteArray text = requestBody(postParams, body);
     // A POST sets its body even when it is empty: without one the transfer would read the number set as its
     // form.
-    if (!text.isEmpty() || method == VFetchTask::Post) {
-        curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE, static_cast<long>(text.size()));
-        curl_easy_setopt(handle, CURLOPT_COPYPOSTFIELDS, text.constData());
+    if (text.isEmpty() && method != VFetchTask::Post) {
+        return CURLE_OK;
     }
+    curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE, static_cast<long>(text.size()));
+    return curl_easy_setopt(handle, CURLOPT_COPYPOSTFIELDS, text.constData());
 }
 
 void VFetchTaskPrivate::applyTarget(CURL *handle, const CurlList &headersToSend, const QByteArray &encodedUrl)

@@ -6,7 +6,8 @@
 namespace
 {
 
-/// The lines of the last header in @p text, without line ends.
+/// The lines of the last header in @p text, without line ends. What follows its empty line is no header of
+/// its own but the trailer of its body.
 QStringList lastBlock(const QString &text)
 {
     QStringList block;
@@ -16,15 +17,14 @@ QStringList lastBlock(const QString &text)
         if (line.endsWith(QLatin1Char('\r'))) {
             line.chop(1);
         }
-        if (line.isEmpty()) {
-            ended = true;
-            continue;
-        }
-        if (ended) {
+        if (ended && line.startsWith(QLatin1String("HTTP/"))) {
             block.clear();
             ended = false;
         }
-        block.append(line);
+        ended = ended || line.isEmpty();
+        if (!ended) {
+            block.append(line);
+        }
     }
     return block;
 }

@@ -18,10 +18,11 @@ bool RemoteRequestWorker::containsTask(VFetchTask *task) const
 
 void RemoteRequestWorker::addTask(VFetchTask *task)
 {
-    disconnect(task, &VFetchTask::failure, this, &RemoteRequestWorker::taskFailedSlot);
-    disconnect(task, &VFetchTask::success, this, &RemoteRequestWorker::taskSuccessSlot);
-    connect(task, &VFetchTask::failure, this, &RemoteRequestWorker::taskFailedSlot);
-    connect(task, &VFetchTask::success, this, &RemoteRequestWorker::taskSuccessSlot);
+    // Connected once however often it is added. Disconnecting first would do that too, but a task may be
+    // ending an earlier run at this moment, and its result would be lost in between.
+    const auto once = static_cast<Qt::ConnectionType>(Qt::AutoConnection | Qt::UniqueConnection);
+    connect(task, &VFetchTask::failure, this, &RemoteRequestWorker::taskFailedSlot, once);
+    connect(task, &VFetchTask::success, this, &RemoteRequestWorker::taskSuccessSlot, once);
     fetcher->addFetchTask(task, 0, true);
 }
 

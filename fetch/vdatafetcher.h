@@ -45,7 +45,8 @@ public:
     void removeFetchTask(VFetchTask *task);
     void removeFetchTask(int id);
 
-    /// Queues a task now, in place of its waiting re-run; a null task is ignored.
+    /// Queues a task now, in place of its waiting re-run; a null task is ignored, one that was never added is
+    /// warned about.
     void forceUpdate(VFetchTask *task);
     /// The same for the periodic task of this id; a warning when there is none.
     void forceUpdate(int id);

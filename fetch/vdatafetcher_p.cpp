@@ -7,6 +7,7 @@
 #include <QTimerEvent>
 
 #include <algorithm>
+#include <limits>
 
 VDataFetcherPrivate::VDataFetcherPrivate(VDataFetcher *fetcher)
     : QObject(fetcher)
@@ -79,14 +80,17 @@ void VDataFetcherPrivate::add(VFetchTask *task, int invokeInterval, bool runNow)
     if (stopped || !isThreadRunning()) {
         start();
     }
-    if (!isQueued(task->id()) && !tasksById.contains(task->id())) {
-        connectTask(task);
-        if (!thread.isNull() && task->thread() != thread.data()) {
-            task->moveToThread(thread.data());
-        }
+    // Neither changes anything for a task that was added before.
+    connectTask(task);
+    if (!thread.isNull() && task->thread() != thread.data()) {
+        task->moveToThread(thread.data());
     }
     const bool periodic = task->type() == VFetchTask::Periodic;
     if (periodic) {
+        VFetchTask *const replaced = tasksById.value(task->id());
+        if (replaced != task) {
+            cancelRerun(replaced);
+        }
         tasksById.insert(task->id(), task);
     }
     if (runNow) {
@@ -98,8 +102,7 @@ void VDataFetcherPrivate::add(VFetchTask *task, int invokeInterval, bool runNow)
 
 void VDataFetcherPrivate::connectTask(VFetchTask *task)
 {
-    // Unique, because a single-shot task that is handed over again is known neither to the queue nor by its
-    // id.
+    // Unique, because a single-shot task that is handed over again stands in none of the lists here.
     const auto once = static_cast<Qt::ConnectionType>(Qt::AutoConnection | Qt::UniqueConnection);
     connect(task, &VFetchTask::doUpdate, this, qOverload<>(&VDataFetcherPrivate::addTaskToExecQueue), once);
     connect(task, &VFetchTask::success, this, &VDataFetcherPrivate::taskFinishedSuccess, once);
@@ -135,6 +138,11 @@ void VDataFetcherPrivate::remove(int id)
 
 void VDataFetcherPrivate::force(VFetchTask *task)
 {
+    if (task->thread() != thread.data()) {
+        // Never added: its run would hold up this thread.
+        logWarning("DataFetcher: Unable force uptate task id=%d. Task not found.", task->id());
+        return;
+    }
     cancelRerun(task);
     addTaskToExecQueue(task);
 }
@@ -250,7 +258,9 @@ void VDataFetcherPrivate::scheduleRerun(VFetchTask *task)
     cancelRerun(task); // a task queued twice finishes twice and still waits under one timer
     logDebug("DataFetcher: Scheduling task %d to start again in %d seconds. Thread: %x", task->id(),
              task->invokeInterval(), currentThreadNumber());
-    const int timer = startTimer(std::chrono::seconds(task->invokeInterval()));
+    constexpr qint64 longestTimer = std::numeric_limits<int>::max();
+    const qint64 milliseconds = std::min(task->invokeInterval() * Q_INT64_C(1000), longestTimer);
+    const int timer = startTimer(static_cast<int>(milliseconds));
     taskByTimer.insert(timer, task);
     timerByTask.insert(task, timer);
 }

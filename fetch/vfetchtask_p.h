@@ -55,9 +55,9 @@ private:
     void transfer();
     // With dataMutex held.
     void applyMethod(CURL *handle, CurlForm &form) const;
-    void applyBody(CURL *handle) const;
+    CURLcode applyBody(CURL *handle) const;
     void applyTarget(CURL *handle, const CurlList &headerList, const QByteArray &encodedUrl);
-    CurlList headerList() const;
+    CURLcode fillHeaderList(CurlList &list) const;
     CurlForm multipartForm() const;
 
     void reportAnswer(CURL *handle, const char *methodWord, const QByteArray &encodedUrl);

@@ -2,6 +2,8 @@
 
 #include "log.h"
 
+#include <QUrl>
+
 #include <algorithm>
 
 namespace
@@ -27,7 +29,8 @@ bool isHostName(const QString &text)
         return character.isSpace() || character.category() == QChar::Other_Control ||
                QStringLiteral("/@?#").contains(character);
     };
-    return !text.isEmpty() && std::none_of(text.cbegin(), text.cend(), isRefused);
+    return !text.isEmpty() && std::none_of(text.cbegin(), text.cend(), isRefused) &&
+           QUrl(QStringLiteral("https://") + text).isValid();
 }
 
 QString serverHost()

@@ -109,7 +109,8 @@ void QWixtApplicationManager::getListOfRemoteApps()
         if (task == nullptr) {
             task = createStoredTask(descr);
         }
-        // A task that the worker does not hold is on its way, or its retry waits.
+        // A task that the worker does not hold is on its way, or its retry waits; one made just now waits for
+        // the next entry to Ready.
         if (worker->containsTask(task)) {
             worker->addTask(task);
         }

@@ -46,8 +46,14 @@ const char *journalPrefix(int priority)
 void appendOnOneLine(std::string &line, const char *text)
 {
     for (; text != nullptr && *text != '\0'; ++text) {
-        const auto byte = static_cast<unsigned char>(*text);
-        line += byte < 0x20 || byte == 0x7f ? ' ' : *text;
+        const auto byte = static_cast<unsigned char>(text[0]);
+        const auto next = static_cast<unsigned char>(text[1]);
+        if (byte == 0xc2 && next >= 0x80 && next <= 0x9f) {
+            line += ' '; // a control character of two bytes in UTF-8
+            ++text;
+        } else {
+            line += byte < 0x20 || byte == 0x7f ? ' ' : *text;
+        }
     }
 }
 

@@ -8,9 +8,13 @@
 BusWatch::BusWatch(QDBusConnection connection)
 {
     // The connection tells of its own end by a signal that comes from no service.
-    connection.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-                       QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
-                       SLOT(busWasLost()));
+    const bool connected = connection.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                                              QStringLiteral("org.freedesktop.DBus.Local"),
+                                              QStringLiteral("Disconnected"), this, SLOT(busWasLost()));
+    if (!connected || !connection.isConnected()) {
+        // Lost before anybody listened: tell so once the event loop runs.
+        QMetaObject::invokeMethod(this, &BusWatch::busWasLost, Qt::QueuedConnection);
+    }
 }
 
 void BusWatch::busWasLost()

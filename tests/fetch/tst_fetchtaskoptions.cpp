@@ -288,9 +288,11 @@ void TestFetchTaskOptions::status_decides()
 
 void TestFetchTaskOptions::noHandle_failsWithMinusOne()
 {
-    CurlFake::setInitFails(true);
     VFetchTask task(1);
     task.setUrl(url);
+    task.run(); // a good one first: its status must not stay
+    QCOMPARE(task.status(), 200);
+    CurlFake::setInitFails(true);
     const QSignalSpy failures(&task, &VFetchTask::failure);
     task.run();
     QCOMPARE(failures.count(), 1);

@@ -11,6 +11,7 @@ private Q_SLOTS:
     void statusLine_isParsed();
     void fields_areFoundWithoutRegardToCase();
     void severalBlocks_theLastOneCounts();
+    void trailers_areNoHeader();
     void foldedValue_isOneValue();
     void setStatusLine_replacesItAndKeepsTheFields();
 };
@@ -72,6 +73,15 @@ void TestQHttpResponseHeader::severalBlocks_theLastOneCounts()
     QCOMPARE(header.statusCode(), 200);
     QCOMPARE(header.allValues(QStringLiteral("X")), QStringList{QStringLiteral("last")});
     QVERIFY(!header.hasKey(QStringLiteral("Location")));
+}
+
+void TestQHttpResponseHeader::trailers_areNoHeader()
+{
+    const QHttpResponseHeader header(
+        QStringLiteral("HTTP/1.1 200 OK\r\nTrailer: X-Sum\r\nX: y\r\n\r\nX-Sum: 1\r\n\r\n"));
+    QVERIFY(header.isValid());
+    QCOMPARE(header.value(QStringLiteral("X")), QStringLiteral("y"));
+    QVERIFY(!header.hasKey(QStringLiteral("X-Sum")));
 }
 
 void TestQHttpResponseHeader::foldedValue_isOneValue()

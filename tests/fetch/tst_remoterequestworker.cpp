@@ -2,6 +2,7 @@
 #include "platformcapture.h"
 #include "remoterequestworker.h"
 #include "remotetaskwithdescription.h"
+#include "vdatafetcher_p.h"
 
 #include <QPointer>
 #include <QtTest>
@@ -81,6 +82,9 @@ private Q_SLOTS:
     void taskAddedAgainAThousandTimes_holdsAsManyConnections();
     void containsTask_onlyWhileQueued();
     void removeTask_leavesTheRunQueued();
+    void removeTask_whileHeldEndsInAWarning();
+    void resultOfADeletedTask_isDropped_data();
+    void resultOfADeletedTask_isDropped();
     void finish_isTold();
     void disposedTask_isDeletedHereBehindItsResults();
     void disposedTask_thatNeverRan_isDeleted();
@@ -198,6 +202,49 @@ void TestRemoteRequestWorker::removeTask_leavesTheRunQueued()
     CurlFake::release();
     QTRY_COMPARE(receiver.results.size(), 2);
     QVERIFY(receiver.results.at(1).descr == description("2"));
+}
+
+void TestRemoteRequestWorker::removeTask_whileHeldEndsInAWarning()
+{
+    RemoteTaskWithDescription task(description("u"));
+    RemoteRequestWorker worker(nullptr);
+    auto *const fetcher = worker.findChild<VDataFetcherPrivate *>();
+    worker.removeTask(&task);
+    QVERIFY(PlatformCapture::texts(5).isEmpty()); // not held
+    fetcher->execQueue.append(&task);
+    worker.removeTask(&task);
+    QCOMPARE(PlatformCapture::texts(5), QList<QByteArray>{"DataFetcher: Wrong task id"});
+    QCOMPARE(fetcher->execQueue.size(), 1);
+}
+
+void TestRemoteRequestWorker::resultOfADeletedTask_isDropped_data()
+{
+    QTest::addColumn<int>("status");
+    QTest::addColumn<int>("warnings");
+    QTest::newRow("success") << 200 << 1;
+    QTest::newRow("failure") << 503 << 0;
+}
+
+void TestRemoteRequestWorker::resultOfADeletedTask_isDropped()
+{
+    QFETCH(int, status);
+    QFETCH(int, warnings);
+    CurlFake::setAnswer({CURLE_OK, status, "", ""});
+    RemoteRequestWorker worker(nullptr);
+    const Receiver receiver(&worker);
+    auto *const task = new RemoteTaskWithDescription(description("u"));
+    worker.addTask(task);
+    auto *const thread = worker.findChild<VThread *>();
+    while (CurlFake::requestCount() == 0) {
+        QThread::msleep(1); // no event loop here: the result waits
+    }
+    task->deleteLater(); // on its own thread, behind the run
+    thread->quit();
+    QVERIFY(thread->wait(5000));
+    PlatformCapture::clear();
+    QCoreApplication::processEvents();
+    QVERIFY(receiver.results.isEmpty());
+    QCOMPARE(PlatformCapture::count("DataFetcher: Task finished ignored as sender is deleted"), warnings);
 }
 
 void TestRemoteRequestWorker::finish_isTold()

@@ -94,6 +94,8 @@ private Q_SLOTS:
     void sameTaskAddedTwice_isConnectedOnce_data();
     void sameTaskAddedTwice_isConnectedOnce();
     void singleShotHandedOverAgain_holdsAsManyConnections();
+    void secondTaskOfTheSameId_takesThePlaceOfTheFirst();
+    void taskBehindAQueuedOneOfItsId_runsOnTheWorkerThread();
     void deprecatedAdd_warnsAndKeepsTheTasksId();
     void lookUps_knowPeriodicTasks();
     void containsFetchTask_byIdOfPeriodicOrQueued();
@@ -112,11 +114,13 @@ private Q_SLOTS:
     void intervalChange_schedulesAfresh();
     void forceUpdate_queuesNowInPlaceOfTheTimer();
     void forceUpdate_ofAnUnknownIdWarns();
+    void forceUpdate_ofATaskNeverAddedWarns();
     void forceUpdateAll_canBeLimitedToOneTimeUpdates();
     void remove_takesTheTaskOutAndDisconnectsIt();
     void remove_ofAnUnknownIdWarns();
     void startTwice_warns();
     void stopTwice_warns();
+    void stop_leavesTimersThatDoNothing();
     void stop_emptiesTheQueue();
     void startAfterStop_isRefused();
     void doubleRun_leavesOneTimer();
@@ -256,6 +260,40 @@ void TestVDataFetcher::singleShotHandedOverAgain_holdsAsManyConnections()
         QCOMPARE(task->connectionsOf(SIGNAL(failure(int, QByteArray))), 1);
         QCOMPARE(task->connectionsOf(SIGNAL(doUpdate())), 1);
     }
+}
+
+void TestVDataFetcher::secondTaskOfTheSameId_takesThePlaceOfTheFirst()
+{
+    ScriptedTask first(1);
+    ScriptedTask second(1);
+    VDataFetcher fetcher;
+    QSignalSpy successes(&fetcher, &VDataFetcher::taskSuccess);
+    fetcher.addFetchTask(&first, 30, false);
+    fetcher.addFetchTask(&second, 0, true);
+    QCOMPARE(fetcher.fetchTaskById(1), &second);
+    QVERIFY(privateHalf(fetcher)->timerByTask.isEmpty());
+    QTRY_COMPARE(successes.count(), 1);
+    QCOMPARE(successes.at(0).at(1).value<VFetchTask *>(), &second);
+    QVERIFY(lastThread != QThread::currentThread());
+    fetcher.stopProcessing();
+}
+
+void TestVDataFetcher::taskBehindAQueuedOneOfItsId_runsOnTheWorkerThread()
+{
+    // Regression: the second task was neither connected nor moved, and ran on the thread that added it.
+    const auto waiting = singleShot(0);
+    const auto added = singleShot(0, false);
+    VDataFetcher fetcher;
+    startAndSettle(fetcher);
+    QSignalSpy failures(&fetcher, &VDataFetcher::taskFailure);
+    fetcher.addFetchTask(waiting.get(), 0, false);
+    fetcher.findChild<VDataFetcherPrivate *>()->execQueue.append(waiting.get());
+    fetcher.addFetchTask(added.get(), 0, true); // takes the waiting one out
+    QMetaObject::invokeMethod(fetcher.findChild<VDataFetcherPrivate *>(), "processNextTask");
+    QTRY_COMPARE(failures.count(), 1);
+    QCOMPARE(runs().size(), 2);
+    QVERIFY(lastThread != QThread::currentThread());
+    QCOMPARE(added->connectionsOf(SIGNAL(success(QByteArray))), 1);
 }
 
 void TestVDataFetcher::deprecatedAdd_warnsAndKeepsTheTasksId()
@@ -537,6 +575,17 @@ void TestVDataFetcher::forceUpdate_ofAnUnknownIdWarns()
              QList<QByteArray>{"DataFetcher: Unable force uptate task id=5. Task not found."});
 }
 
+void TestVDataFetcher::forceUpdate_ofATaskNeverAddedWarns()
+{
+    ScriptedTask task(5);
+    VDataFetcher fetcher;
+    fetcher.startProcessing();
+    fetcher.forceUpdate(&task);
+    QCOMPARE(PlatformCapture::texts(5),
+             QList<QByteArray>{"DataFetcher: Unable force uptate task id=5. Task not found."});
+    QVERIFY(runs().isEmpty());
+}
+
 void TestVDataFetcher::forceUpdateAll_canBeLimitedToOneTimeUpdates()
 {
     ScriptedTask a(1);
@@ -615,6 +664,19 @@ void TestVDataFetcher::stopTwice_warns()
     QTRY_VERIFY(privateHalf(fetcher)->thread.isNull()); // it deletes itself
     fetcher.stopProcessing();
     QCOMPARE(PlatformCapture::texts(5).size(), 2);
+}
+
+void TestVDataFetcher::stop_leavesTimersThatDoNothing()
+{
+    ScriptedTask task(1);
+    VDataFetcher fetcher;
+    fetcher.addFetchTask(&task, 1, false);
+    fetcher.stopProcessing();
+    QCOMPARE(privateHalf(fetcher)->taskByTimer.size(), 1);
+    QTRY_VERIFY(privateHalf(fetcher)->taskByTimer.isEmpty()); // it fires
+    QTest::qWait(50);                                         // grace time: nothing runs
+    QVERIFY(runs().isEmpty());
+    QVERIFY(!fetcher.isRunning());
 }
 
 void TestVDataFetcher::stop_emptiesTheQueue()

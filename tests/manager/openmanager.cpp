@@ -1,15 +1,24 @@
 #include "openmanager.h"
 
-#include "remotetaskwithdescription.h"
+#include "vthread.h"
 
+#include <QCoreApplication>
 #include <QTimer>
-#include <QtTest>
 
 OpenManager::~OpenManager()
 {
     CurlFake::release();
-    // Each run that is queued, and each way home behind it, is an event of the fetch thread.
-    QTest::qWait(20);
+    // Runs that are queued, and ways home behind them, are events of the fetch thread: the last one is ours.
+    auto *const thread = findChild<VThread *>();
+    if (thread != nullptr && thread->isRunning()) {
+        QObject last;
+        last.moveToThread(thread);
+        QThread *const home = QThread::currentThread();
+        QMetaObject::invokeMethod(
+            &last, [&last, home] { last.moveToThread(home); }, Qt::BlockingQueuedConnection);
+    }
+    QCoreApplication::sendPostedEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
 void OpenManager::beReady()

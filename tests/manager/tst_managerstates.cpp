@@ -51,6 +51,7 @@ private Q_SLOTS:
     void cleanup();
 
     void states_haveTheirNumbers();
+    void refreshTimer_wouldFetchTheList();
     void metaObject_listsSignalsAndSlotsInOrder();
     void construction_isQuietAndSetsUpTheDormantTimer();
     void transition_data();
@@ -135,7 +136,15 @@ void TestManagerStates::construction_isQuietAndSetsUpTheDormantTimer()
     QCOMPARE(manager.refreshTimer->interval(), 3600000);
     QVERIFY(manager.refreshTimer->isSingleShot());
     QVERIFY(!manager.refreshTimer->isActive());
+    QCOMPARE(manager.refreshTimer->parent(), &manager);
     QVERIFY(daemon->calls().isEmpty());
+}
+
+void TestManagerStates::refreshTimer_wouldFetchTheList()
+{
+    OpenManager manager;
+    manager.refreshTimer->start(0);
+    QTRY_VERIFY(manager.pendingTasks == QList<RemoteTaskDescription>{Descr::list()});
 }
 
 void TestManagerStates::transition_data()

@@ -42,6 +42,8 @@ void TestRemoteAppsApi::authorization_data()
     QTest::newRow("one byte") << text("a") << text("Basic OmE=");
     QTest::newRow("two bytes") << text("ab") << text("Basic OmFi");
     QTest::newRow("usual") << text("key") << text("Basic OmtleQ==");
+    QTest::newRow("8-bit text") << text("\xc3\xbc") << text("Basic Ovw=");
+    QTest::newRow("beyond 8 bits") << text("\xe2\x82\xac") << text("Basic Oj8=");
     QTest::newRow("standard alphabet") << text("?>?>?>") << text("Basic Oj8+Pz4/Pg==");
 }
 

@@ -21,6 +21,10 @@ void TestServerHost::hostName_data()
     QTest::newRow("name and port") << QStringLiteral("localhost:8443") << true;
     QTest::newRow("address") << QStringLiteral("127.0.0.1:1") << true;
     QTest::newRow("IPv6 address") << QStringLiteral("[::1]:8443") << true;
+    QTest::newRow("underscore") << QStringLiteral("build_host.example") << true;
+    QTest::newRow("port out of range") << QStringLiteral("a:99999") << false;
+    QTest::newRow("port that is no number") << QStringLiteral("a:b") << false;
+    QTest::newRow("open bracket") << QStringLiteral("[::1") << false;
     QTest::newRow("empty") << QString() << false;
     QTest::newRow("blank") << QStringLiteral("a b") << false;
     QTest::newRow("trailing blank") << QStringLiteral("a ") << false;

@@ -61,6 +61,7 @@ private Q_SLOTS:
     void processRequests_sendsInOrder();
     void processRequests_skipsWaitingRetriesAndUnknownKinds();
     void processRequests_handsOutStoredTasksAgain();
+    void processRequests_skipsTasksThatTheWorkerHolds();
     void twoRegistersAlike_areOneDescription();
 
     void listRequest_waitsOutsideItsStates_data();
@@ -236,6 +237,20 @@ void TestTaskQueue::processRequests_handsOutStoredTasksAgain()
     QTRY_COMPARE(CurlFake::requestCount(), 2);
 }
 
+void TestTaskQueue::processRequests_skipsTasksThatTheWorkerHolds()
+{
+    CurlFake::hold();
+    OpenManager manager;
+    manager.beReady();
+    manager.registerApplication(text("u1"), text("n"), text("t"));
+    QTRY_COMPARE(CurlFake::requestCount(), 1);
+    auto *const fetcher = manager.findChild<VDataFetcherPrivate *>();
+    fetcher->execQueue.append(manager.tasksByDescription.first());
+    manager.processRequests();
+    QCOMPARE(fetcher->execQueue.size(), 1); // another append would have taken it out to run
+    fetcher->execQueue.clear();
+}
+
 void TestTaskQueue::twoRegistersAlike_areOneDescription()
 {
     OpenManager manager;
@@ -338,6 +353,14 @@ void TestTaskQueue::withdrawing_keepsQueueTasksAndTimers()
     QCOMPARE(manager.pendingTasks.size(), 2);
     QCOMPARE(manager.tasksByDescription.size(), 2);
     QCOMPARE(manager.retryTimers.size(), 2);
+
+    // Tasks that the worker holds are asked for back, which the fetcher refuses: it knows periodic ones only.
+    auto *const fetcher = manager.findChild<VDataFetcherPrivate *>();
+    fetcher->execQueue.append(manager.tasksByDescription.first());
+    manager.removeAllTasksFromWorker();
+    QCOMPARE(PlatformCapture::count("DataFetcher: Wrong task id"), 2); // both have the one id of remote tasks
+    QCOMPARE(fetcher->execQueue.size(), 1);
+    fetcher->execQueue.clear();
 }
 
 void TestTaskQueue::failure_isGivenUpOrRetried_data()

@@ -104,6 +104,10 @@ void TestPlatformLog::controlCharacters_areBlanks()
 {
     QCOMPARE(written(4, "T\nG", "one\nI/QWIXTD: forged\r\t\x1b[31m\x7f "),
              QList<QByteArray>{"I/T G: one I/QWIXTD: forged   [31m  \n"});
+    QCOMPARE(written(4, "T",
+                     "\xc2\x85next\xc2\x9b"
+                     "31m\xc2\xa0\xc2"),
+             QList<QByteArray>{"I/T:  next 31m\xc2\xa0\xc2\n"});
 }
 
 void TestPlatformLog::otherBytes_stay()
