@@ -12,6 +12,7 @@ private Q_SLOTS:
     void noBus_endsWithTheReason();
     void busLost_endsForTheSupervisorToStartItAgain();
     void busLostWhileATransferHangs_endsAtOnceAllTheSame();
+    void busLostWhileRequestsRun_endsAtOnceAllTheSame();
     void busLostWhileARetryWaits_endsAtOnceAllTheSame();
     void terminatedWhileATransferHangs_endsAtOnce();
 };
@@ -84,6 +85,26 @@ void TestEnd::busLostWhileATransferHangs_endsAtOnceAllTheSame()
     QVERIFY(device.program().waitForExit(promptMs));
     QCOMPARE(device.program().exitStatus(), 1);
     QVERIFY(device.hasLine("W/QWIXTD: QWIXTD: lost the system bus"));
+}
+
+// The fetch thread is in the middle of a handshake as likely as not, with libraries that must not be gone
+// then.
+void TestEnd::busLostWhileRequestsRun_endsAtOnceAllTheSame()
+{
+    for (int round = 1; round <= 5; ++round) {
+        DeviceUnderTest device;
+        QVERIFY(device.startAll());
+        for (int i = 0; i < 40; ++i) {
+            device.watcher().registerApplication(QStringLiteral("w%1").arg(i), "Name"_text, "t"_text);
+        }
+        EVENTUALLY(device.server().requestCount() >= 2 * round);
+
+        device.expectExit();
+        device.bus().stop();
+
+        QVERIFY(device.program().waitForExit(promptMs));
+        QCOMPARE(device.program().exitStatus(), 1);
+    }
 }
 
 void TestEnd::busLostWhileARetryWaits_endsAtOnceAllTheSame()
