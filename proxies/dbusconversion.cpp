@@ -29,11 +29,13 @@ QVariant nextElement(const QDBusArgument &reader)
     return isA(element, qMetaTypeId<QDBusVariant>()) ? element.value<QDBusVariant>().variant() : element;
 }
 
+// NOLINTBEGIN(misc-no-recursion): values nest.
+
 template <typename Entry>
 void forEachEntry(const QDBusArgument &argument, Entry entry)
 {
-    // A copy, so that the caller's argument keeps its place.
-    const QDBusArgument reader = argument;
+    // A copy, so that the caller's argument keeps its place; reading moves it on though it is const.
+    const QDBusArgument reader = argument; // NOLINT(performance-unnecessary-copy-initialization)
     reader.beginMap();
     while (!reader.atEnd()) {
         reader.beginMapEntry();
@@ -48,7 +50,7 @@ void forEachEntry(const QDBusArgument &argument, Entry entry)
 template <typename Element>
 void forEachElement(const QDBusArgument &argument, Element element)
 {
-    const QDBusArgument reader = argument;
+    const QDBusArgument reader = argument; // NOLINT(performance-unnecessary-copy-initialization)
     reader.beginArray();
     while (!reader.atEnd()) {
         element(nextElement(reader));
@@ -154,6 +156,8 @@ QVariantList parseDBusList(const QDBusArgument &argument)
     });
     return list;
 }
+
+// NOLINTEND(misc-no-recursion)
 
 QVariantMap readDBusEntries(const QDBusArgument &argument)
 {

@@ -5,9 +5,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"com.btnotifications"};
-constexpr QLatin1String objectPath{"/"};
-constexpr QLatin1String interfaceName{"com.vorlet.btnotifications"};
+const QLatin1String serviceName{"com.btnotifications"};
+const QLatin1String objectPath{"/"};
+const QLatin1String interfaceName{"com.vorlet.btnotifications"};
 } // namespace
 
 namespace BtNotifications

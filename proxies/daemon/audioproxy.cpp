@@ -7,9 +7,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"vorlet.daemon"};
-constexpr QLatin1String objectPath{"/audio"};
-constexpr QLatin1String interfaceName{"com.vorlet.daemon.audio"};
+const QLatin1String serviceName{"vorlet.daemon"};
+const QLatin1String objectPath{"/audio"};
+const QLatin1String interfaceName{"com.vorlet.daemon.audio"};
 } // namespace
 
 namespace Daemon

@@ -6,9 +6,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"vorlet.daemon"};
-constexpr QLatin1String objectPath{"/battery"};
-constexpr QLatin1String interfaceName{"com.vorlet.daemon.battery"};
+const QLatin1String serviceName{"vorlet.daemon"};
+const QLatin1String objectPath{"/battery"};
+const QLatin1String interfaceName{"com.vorlet.daemon.battery"};
 } // namespace
 
 namespace Daemon

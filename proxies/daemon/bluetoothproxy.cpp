@@ -7,9 +7,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"vorlet.daemon"};
-constexpr QLatin1String objectPath{"/bluetooth"};
-constexpr QLatin1String interfaceName{"com.vorlet.daemon.bluetooth"};
+const QLatin1String serviceName{"vorlet.daemon"};
+const QLatin1String objectPath{"/bluetooth"};
+const QLatin1String interfaceName{"com.vorlet.daemon.bluetooth"};
 } // namespace
 
 namespace Daemon

@@ -5,9 +5,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"vorlet.daemon"};
-constexpr QLatin1String objectPath{"/brightness"};
-constexpr QLatin1String interfaceName{"com.vorlet.daemon.brightness"};
+const QLatin1String serviceName{"vorlet.daemon"};
+const QLatin1String objectPath{"/brightness"};
+const QLatin1String interfaceName{"com.vorlet.daemon.brightness"};
 } // namespace
 
 namespace Daemon

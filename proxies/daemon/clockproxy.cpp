@@ -6,9 +6,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"vorlet.daemon"};
-constexpr QLatin1String objectPath{"/clock"};
-constexpr QLatin1String interfaceName{"com.vorlet.daemon.clock"};
+const QLatin1String serviceName{"vorlet.daemon"};
+const QLatin1String objectPath{"/clock"};
+const QLatin1String interfaceName{"com.vorlet.daemon.clock"};
 } // namespace
 
 namespace Daemon

@@ -5,9 +5,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"vorlet.daemon"};
-constexpr QLatin1String objectPath{"/crash_logs"};
-constexpr QLatin1String interfaceName{"com.vorlet.daemon.crash_logs"};
+const QLatin1String serviceName{"vorlet.daemon"};
+const QLatin1String objectPath{"/crash_logs"};
+const QLatin1String interfaceName{"com.vorlet.daemon.crash_logs"};
 } // namespace
 
 namespace Daemon

@@ -24,10 +24,10 @@ constexpr TextField textFields[] = {
     {"kernel_version", &DeviceState::kernelVersion},
 };
 
-constexpr QLatin1String autoUpdateKey{"apps_auto_update_enabled"};
-constexpr QLatin1String updateKey{"update_available"};
-constexpr QLatin1String versionKey{"version"};
-constexpr QLatin1String statusKey{"status"};
+const QLatin1String autoUpdateKey{"apps_auto_update_enabled"};
+const QLatin1String updateKey{"update_available"};
+const QLatin1String versionKey{"version"};
+const QLatin1String statusKey{"status"};
 
 } // namespace
 

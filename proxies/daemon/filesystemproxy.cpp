@@ -5,9 +5,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"vorlet.daemon"};
-constexpr QLatin1String objectPath{"/fs"};
-constexpr QLatin1String interfaceName{"com.vorlet.daemon.fs"};
+const QLatin1String serviceName{"vorlet.daemon"};
+const QLatin1String objectPath{"/fs"};
+const QLatin1String interfaceName{"com.vorlet.daemon.fs"};
 } // namespace
 
 namespace Daemon

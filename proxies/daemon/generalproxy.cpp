@@ -6,9 +6,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"vorlet.daemon"};
-constexpr QLatin1String objectPath{"/general"};
-constexpr QLatin1String interfaceName{"com.vorlet.daemon.general"};
+const QLatin1String serviceName{"vorlet.daemon"};
+const QLatin1String objectPath{"/general"};
+const QLatin1String interfaceName{"com.vorlet.daemon.general"};
 } // namespace
 
 namespace Daemon

@@ -6,9 +6,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"vorlet.daemon"};
-constexpr QLatin1String objectPath{"/lightsensor"};
-constexpr QLatin1String interfaceName{"com.vorlet.daemon.light.sensor"};
+const QLatin1String serviceName{"vorlet.daemon"};
+const QLatin1String objectPath{"/lightsensor"};
+const QLatin1String interfaceName{"com.vorlet.daemon.light.sensor"};
 } // namespace
 
 namespace Daemon

@@ -7,9 +7,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"vorlet.daemon"};
-constexpr QLatin1String objectPath{"/com/vorlet/network"};
-constexpr QLatin1String interfaceName{"com.vorlet.daemon.network"};
+const QLatin1String serviceName{"vorlet.daemon"};
+const QLatin1String objectPath{"/com/vorlet/network"};
+const QLatin1String interfaceName{"com.vorlet.daemon.network"};
 } // namespace
 
 namespace Daemon

@@ -4,9 +4,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"vorlet.daemon"};
-constexpr QLatin1String objectPath{"/oom_killer"};
-constexpr QLatin1String interfaceName{"com.vorlet.daemon.oom.killer"};
+const QLatin1String serviceName{"vorlet.daemon"};
+const QLatin1String objectPath{"/oom_killer"};
+const QLatin1String interfaceName{"com.vorlet.daemon.oom.killer"};
 } // namespace
 
 namespace Daemon

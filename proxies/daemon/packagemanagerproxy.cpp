@@ -5,9 +5,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"vorlet.daemon"};
-constexpr QLatin1String objectPath{"/pkgmngr"};
-constexpr QLatin1String interfaceName{"com.vorlet.daemon.pkg.mngr"};
+const QLatin1String serviceName{"vorlet.daemon"};
+const QLatin1String objectPath{"/pkgmngr"};
+const QLatin1String interfaceName{"com.vorlet.daemon.pkg.mngr"};
 } // namespace
 
 namespace Daemon

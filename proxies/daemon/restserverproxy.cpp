@@ -6,9 +6,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"vorlet.daemon"};
-constexpr QLatin1String objectPath{"/web"};
-constexpr QLatin1String interfaceName{"com.vorlet.daemon.rest"};
+const QLatin1String serviceName{"vorlet.daemon"};
+const QLatin1String objectPath{"/web"};
+const QLatin1String interfaceName{"com.vorlet.daemon.rest"};
 } // namespace
 
 namespace Daemon

@@ -6,9 +6,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"vorlet.daemon"};
-constexpr QLatin1String objectPath{"/screen_saver"};
-constexpr QLatin1String interfaceName{"com.vorlet.daemon.screen_saver"};
+const QLatin1String serviceName{"vorlet.daemon"};
+const QLatin1String objectPath{"/screen_saver"};
+const QLatin1String interfaceName{"com.vorlet.daemon.screen_saver"};
 } // namespace
 
 namespace Daemon

@@ -7,9 +7,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"vorlet.daemon"};
-constexpr QLatin1String objectPath{"/device_setup"};
-constexpr QLatin1String interfaceName{"com.vorlet.daemon.device_setup"};
+const QLatin1String serviceName{"vorlet.daemon"};
+const QLatin1String objectPath{"/device_setup"};
+const QLatin1String interfaceName{"com.vorlet.daemon.device_setup"};
 } // namespace
 
 namespace Daemon

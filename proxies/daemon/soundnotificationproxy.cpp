@@ -5,9 +5,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"vorlet.daemon"};
-constexpr QLatin1String objectPath{"/notifications"};
-constexpr QLatin1String interfaceName{"com.vorlet.daemon.notifications"};
+const QLatin1String serviceName{"vorlet.daemon"};
+const QLatin1String objectPath{"/notifications"};
+const QLatin1String interfaceName{"com.vorlet.daemon.notifications"};
 } // namespace
 
 namespace Daemon

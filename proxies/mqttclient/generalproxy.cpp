@@ -5,9 +5,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"vorlet.mqtt.client"};
-constexpr QLatin1String objectPath{"/general"};
-constexpr QLatin1String interfaceName{"com.vorlet.mqtt.client.general"};
+const QLatin1String serviceName{"vorlet.mqtt.client"};
+const QLatin1String objectPath{"/general"};
+const QLatin1String interfaceName{"com.vorlet.mqtt.client.general"};
 } // namespace
 
 namespace MQTTClient

@@ -10,6 +10,8 @@
 namespace
 {
 
+// NOLINTBEGIN(misc-no-recursion): values nest.
+
 std::optional<QByteArray> toText(const QVariant &value);
 
 // A text or a number that is no integer, as the document class writes it.
@@ -85,6 +87,8 @@ std::optional<QByteArray> toText(const QVariant &value)
     }
     return value.canConvert<QString>() ? std::optional(scalarToText(value.toString())) : std::nullopt;
 }
+
+// NOLINTEND(misc-no-recursion)
 
 } // namespace
 

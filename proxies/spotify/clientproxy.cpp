@@ -6,9 +6,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"spotify.server"};
-constexpr QLatin1String objectPath{"/"};
-constexpr QLatin1String interfaceName{"com.vorlet.spotify.state"};
+const QLatin1String serviceName{"spotify.server"};
+const QLatin1String objectPath{"/"};
+const QLatin1String interfaceName{"com.vorlet.spotify.state"};
 } // namespace
 
 namespace Spotify

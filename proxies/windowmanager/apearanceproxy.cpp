@@ -6,9 +6,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"widget.manager"};
-constexpr QLatin1String objectPath{"/apearance"};
-constexpr QLatin1String interfaceName{"com.vorlet.widget_manager.apearance"};
+const QLatin1String serviceName{"widget.manager"};
+const QLatin1String objectPath{"/apearance"};
+const QLatin1String interfaceName{"com.vorlet.widget_manager.apearance"};
 } // namespace
 
 namespace WindowManager

@@ -8,9 +8,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"widget.manager"};
-constexpr QLatin1String objectPath{"/widgets_properties"};
-constexpr QLatin1String interfaceName{"com.vorlet.widget_manager.widget_properties"};
+const QLatin1String serviceName{"widget.manager"};
+const QLatin1String objectPath{"/widgets_properties"};
+const QLatin1String interfaceName{"com.vorlet.widget_manager.widget_properties"};
 } // namespace
 
 namespace WindowManager
@@ -32,7 +32,7 @@ const QString allPropertiesForWidget = QStringLiteral("allPropertiesForWidget");
 QByteArray serialized(const QVariant &data)
 {
     bool ok = false;
-    const QByteArray text = Json::write(data, &ok);
+    QByteArray text = Json::write(data, &ok);
     if (!ok) {
         // "tot" is how the line has always read.
         qDebug() << "DynamicWidgetPropertiesProxy: Failed tot serialize data for update property";

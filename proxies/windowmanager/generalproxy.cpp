@@ -7,9 +7,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"widget.manager"};
-constexpr QLatin1String objectPath{"/"};
-constexpr QLatin1String interfaceName{"com.vorlet.widget_manager.general"};
+const QLatin1String serviceName{"widget.manager"};
+const QLatin1String objectPath{"/"};
+const QLatin1String interfaceName{"com.vorlet.widget_manager.general"};
 } // namespace
 
 namespace WindowManager

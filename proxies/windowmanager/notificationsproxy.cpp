@@ -7,9 +7,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"widget.manager"};
-constexpr QLatin1String objectPath{"/notifications"};
-constexpr QLatin1String interfaceName{"com.vorlet.widget_manager.notifications"};
+const QLatin1String serviceName{"widget.manager"};
+const QLatin1String objectPath{"/notifications"};
+const QLatin1String interfaceName{"com.vorlet.widget_manager.notifications"};
 } // namespace
 
 namespace WindowManager

@@ -5,9 +5,9 @@
 
 namespace
 {
-constexpr QLatin1String serviceName{"widget.manager"};
-constexpr QLatin1String objectPath{"/sharedscreen"};
-constexpr QLatin1String interfaceName{"com.vorlet.widget_manager.sharedscreen"};
+const QLatin1String serviceName{"widget.manager"};
+const QLatin1String objectPath{"/sharedscreen"};
+const QLatin1String interfaceName{"com.vorlet.widget_manager.sharedscreen"};
 } // namespace
 
 namespace WindowManager
