@@ -36,7 +36,7 @@ public:
     /// The program as it is shipped, or the same with its debug and verbose lines.
     enum Build { Shipped, WithDebugLines };
 
-    static constexpr int patienceMs = 20000;
+    static constexpr int patienceMs = 60000;
     static const QString apiKey;
 
     explicit DeviceUnderTest(Build build = Shipped);
