@@ -148,13 +148,16 @@ void TestDebugLines::requests_areToldWithTheirTrailingBlank()
     QVERIFY(device.updateApplication("a1"_text, "u2"_text, "Radio"_text, "t2"_text));
     QVERIFY(device.deleteApplication("a2"_text, "u3"_text, "t3"_text));
     QVERIFY(device.registerApplication(""_text, ""_text, ""_text));
+    QVERIFY(device.registerApplication("u1"_text, "Two\nE/QWIXTD: lines\x1b[0m"_text, "%s"_text));
 
     EVENTUALLY_EQUAL(
         linesOf(device, "QwixtDbusContext"),
-        QList<QByteArray>({"D/QWIXTD: QwixtDbusContext: Request register application u1 Clock t1 ",
-                           "D/QWIXTD: QwixtDbusContext: Request update application u2 Radio t2 ",
-                           "D/QWIXTD: QwixtDbusContext: Request delete application u3 t3  ",
-                           "D/QWIXTD: QwixtDbusContext: Request register application    "}));
+        QList<QByteArray>(
+            {"D/QWIXTD: QwixtDbusContext: Request register application u1 Clock t1 ",
+             "D/QWIXTD: QwixtDbusContext: Request update application u2 Radio t2 ",
+             "D/QWIXTD: QwixtDbusContext: Request delete application u3 t3  ",
+             "D/QWIXTD: QwixtDbusContext: Request register application    ",
+             "D/QWIXTD: QwixtDbusContext: Request register application u1 Two E/QWIXTD: lines [0m %s "}));
 }
 
 void TestDebugLines::duplicates_areTold()

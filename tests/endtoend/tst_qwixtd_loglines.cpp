@@ -12,6 +12,7 @@ private Q_SLOTS:
     void underTheJournal_linesBeginWithTheirPriority();
     void foreignTextInALine_staysOnOneLine_data();
     void foreignTextInALine_staysOnOneLine();
+    void serversTextInALine_staysOnOneLine();
     void longLine_isCut();
     void standardOutput_staysEmpty();
 };
@@ -171,6 +172,26 @@ void TestLogLines::foreignTextInALine_staysOnOneLine()
                            "I/QWIXTD: QWixtApplicationManager: added register app task",
                            "I/QWIXTD: QWixtApplicationManager: Application registered with "
                            "status registered"}));
+}
+
+void TestLogLines::serversTextInALine_staysOnOneLine()
+{
+    DeviceUnderTest device;
+    device.server().setScript([](const HttpRequest &request) -> std::optional<HttpAnswer> {
+        if (request.method != "POST") {
+            return std::nullopt;
+        }
+        HttpAnswer answer;
+        answer.body = R"({"app_id":"a1","status":"fine\nE/QWIXTD: forged\u001b[0m %s"})";
+        return answer;
+    });
+    QVERIFY(device.startAll());
+
+    QVERIFY(device.registerApplication("u1"_text, "Clock"_text, "t"_text));
+
+    EVENTUALLY_EQUAL(device.lines().mid(1),
+                     QList<QByteArray>{"I/QWIXTD: QWixtApplicationManager: Application registered with "
+                                       "status fine E/QWIXTD: forged [0m %s"});
 }
 
 void TestLogLines::longLine_isCut()
