@@ -7,18 +7,29 @@
 
 OpenManager::~OpenManager()
 {
+    // Results that still come in lead to no further requests.
+    state = WaitForDaemonsToStart;
+    daemonStarted = false;
     CurlFake::release();
-    // Runs that are queued, and ways home behind them, are events of the fetch thread: the last one is ours.
-    auto *const thread = findChild<VThread *>();
-    if (thread != nullptr && thread->isRunning()) {
-        QObject last;
-        last.moveToThread(thread);
-        QThread *const home = QThread::currentThread();
-        QMetaObject::invokeMethod(
-            &last, [&last, home] { last.moveToThread(home); }, Qt::BlockingQueuedConnection);
-    }
+    finishOnFetchThread();                // the runs
+    QCoreApplication::sendPostedEvents(); // their results, which dispose of their tasks
+    finishOnFetchThread();                // the tasks' way home
     QCoreApplication::sendPostedEvents();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void OpenManager::finishOnFetchThread()
+{
+    auto *const thread = findChild<VThread *>();
+    if (thread == nullptr || !thread->isRunning()) {
+        return;
+    }
+    // An event of our own, behind those that are there.
+    QObject last;
+    last.moveToThread(thread);
+    QThread *const home = QThread::currentThread();
+    QMetaObject::invokeMethod(
+        &last, [&last, home] { last.moveToThread(home); }, Qt::BlockingQueuedConnection);
 }
 
 void OpenManager::beReady()

@@ -55,6 +55,10 @@ public:
     void fail(const RemoteTaskDescription &descr, int code, const QByteArray &reply = {});
     /// Has the waiting retries due now.
     void retryNow();
+
+private:
+    /// Returns when the fetch thread has done all that is queued there.
+    void finishOnFetchThread();
 };
 
 namespace Descr
