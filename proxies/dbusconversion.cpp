@@ -39,10 +39,10 @@ void forEachEntry(const QDBusArgument &argument, Entry entry)
     reader.beginMap();
     while (!reader.atEnd()) {
         reader.beginMapEntry();
-        const QString key = reader.asVariant().toString();
+        const QVariant key = reader.asVariant();
         const QVariant value = nextElement(reader);
         reader.endMapEntry();
-        entry(key, value);
+        entry(isObjectPath(key) ? pathText(key) : key.toString(), value);
     }
     reader.endMap();
 }
@@ -102,7 +102,7 @@ QVariant convertDBusArgument(const QDBusArgument &argument)
 QVariant convertDBusVariant(const QVariant &value)
 {
     if (value.canConvert<QVariantMap>()) {
-        QVariantMap map = value.toMap();
+        auto map = value.value<QVariantMap>(); // unlike toMap(), this takes maps of one type too
         for (QVariant &entry : map) {
             entry = convertDBusVariant(entry);
         }
@@ -112,7 +112,7 @@ QVariant convertDBusVariant(const QVariant &value)
         return value;
     }
     if (isList(value)) {
-        QVariantList list = value.toList();
+        auto list = value.value<QVariantList>();
         for (QVariant &element : list) {
             element = convertDBusVariant(element);
         }

@@ -30,7 +30,7 @@ bool BTNotificationsProxy::supportFilter(QDBus::CallMode mode) { return Reply::v
 bool BTNotificationsProxy::statsSendingServerPermission(QDBus::CallMode mode) { return Reply::value<bool>(call(mode, QStringLiteral("statsSendingServerPermission"))); }
 bool BTNotificationsProxy::statsSendingUserPermission(QDBus::CallMode mode) { return Reply::value<bool>(call(mode, QStringLiteral("statsSendingUserPermission"))); }
 QStringList BTNotificationsProxy::filterWhitelist(QDBus::CallMode mode) { return Reply::converted(call(mode, QStringLiteral("filterWhitelist"))).toStringList(); }
-QVariantList BTNotificationsProxy::supportedAppList(QDBus::CallMode mode) { return Reply::converted(call(mode, QStringLiteral("supportedAppList"))).toList(); }
+QVariantList BTNotificationsProxy::supportedAppList(QDBus::CallMode mode) { return Reply::convertedList(call(mode, QStringLiteral("supportedAppList"))); }
 QVariantMap BTNotificationsProxy::savedDevices(QDBus::CallMode mode) { return Reply::map(call(mode, QStringLiteral("savedDevices"))); }
 QVariantMap BTNotificationsProxy::generalOptions(QDBus::CallMode mode) { return Reply::map(call(mode, QStringLiteral("generalOptions"))); }
 QVariantMap BTNotificationsProxy::settingsForDevice(const QString &address, QDBus::CallMode mode) { return Reply::map(call(mode, QStringLiteral("settingsForDevice"), address)); }

@@ -16,6 +16,13 @@ Result read(const QDBusMessage &reply, Result (*reader)(const QDBusArgument &))
     return first.isValid() ? reader(first.value<QDBusArgument>()) : Result();
 }
 
+// Text and bytes are no lists, though Qt 6 would make one of their characters.
+QVariantList listOf(const QVariant &value)
+{
+    const bool isText = value.userType() == QMetaType::QString || value.userType() == QMetaType::QByteArray;
+    return isText ? QVariantList() : value.toList();
+}
+
 } // namespace
 
 QVariant Reply::argument(const QDBusMessage &reply) { return reply.type() == QDBusMessage::ErrorMessage ? QVariant() : reply.arguments().value(0); }
@@ -44,12 +51,14 @@ QVariantMap Reply::jsonIntegerMap(const QDBusMessage &reply)
     return map;
 }
 
-QVariantList Reply::jsonList(const QDBusMessage &reply) { return json(reply).toList(); }
+QVariantList Reply::jsonList(const QDBusMessage &reply) { return listOf(json(reply)); }
 
 QVariantMap Reply::map(const QDBusMessage &reply) { return read(reply, parseDBusMap); }
 
 QVariantList Reply::list(const QDBusMessage &reply) { return read(reply, parseDBusList); }
 
 QVariant Reply::converted(const QDBusMessage &reply) { return convertDBusVariant(argument(reply)); }
+
+QVariantList Reply::convertedList(const QDBusMessage &reply) { return listOf(converted(reply)); }
 
 QVariantMap Reply::entries(const QDBusMessage &reply) { return read(reply, readDBusEntries); }

@@ -42,7 +42,8 @@ T value(const QDBusMessage &reply)
 /// and hands the reply on.
 QDBusMessage logged(const QDBusMessage &reply, const char *text);
 
-/// The JSON text in the first argument, parsed; empty when it is no JSON or another kind of value.
+/// The JSON text in the first argument, parsed; empty when it is no JSON. A basic value of another type counts
+/// as its text.
 QVariant json(const QDBusMessage &reply);
 QVariantMap jsonMap(const QDBusMessage &reply);
 /// As jsonMap(), every number in the object itself as a qlonglong.
@@ -55,6 +56,7 @@ QVariantList list(const QDBusMessage &reply);
 
 /// The first argument read with convertDBusVariant().
 QVariant converted(const QDBusMessage &reply);
+QVariantList convertedList(const QDBusMessage &reply);
 
 /// The first argument read with readDBusEntries().
 QVariantMap entries(const QDBusMessage &reply);

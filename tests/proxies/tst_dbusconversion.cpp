@@ -17,6 +17,7 @@ namespace
 
 using TextMap = QMap<QString, QString>;
 using NumberMap = QMap<int, int>;
+using PathMap = QMap<QDBusObjectPath, QString>;
 using NestedNumbers = QList<QList<int>>;
 
 // A D-Bus structure (si).
@@ -108,6 +109,7 @@ void TestDBusConversion::initTestCase()
     qDBusRegisterMetaType<QList<Pair>>();
     qDBusRegisterMetaType<TextMap>();
     qDBusRegisterMetaType<NumberMap>();
+    qDBusRegisterMetaType<PathMap>();
     qDBusRegisterMetaType<QList<int>>();
     qDBusRegisterMetaType<NestedNumbers>();
     QVERIFY(bus.start());
@@ -187,6 +189,10 @@ void TestDBusConversion::value_isReadByBothFamilies_data()
          QVariantMap{{a, QVariantMap{{b, c}}}});
     same("map with number keys", QVariantMap{{a, typed(NumberMap{{1, 2}, {3, 4}})}},
          QVariantMap{{a, QVariantMap{{QStringLiteral("1"), 2}, {QStringLiteral("3"), 4}}}});
+    same("map with path keys",
+         QVariantMap{{a, typed(PathMap{{QDBusObjectPath(QStringLiteral("/one")), b},
+                                       {QDBusObjectPath(QStringLiteral("/two")), c}})}},
+         QVariantMap{{a, QVariantMap{{QStringLiteral("/one"), b}, {QStringLiteral("/two"), c}}}});
     same("array of numbers", typed(QList<int>{1, 2, 3}), list({1, 2, 3}));
     row("array of numbers in array", list({typed(QList<int>{1, 2}), 3}), list({list({1, 2}), 3}),
         list({1, 2, 3}));
@@ -349,6 +355,9 @@ void TestDBusConversion::plainValue_isConvertedInside_data()
     QTest::newRow("path") << path("/one") << QVariant(QStringLiteral("/one"));
     QTest::newRow("map") << QVariant(QVariantMap{{a, path("/one")}})
                          << QVariant(QVariantMap{{a, QStringLiteral("/one")}});
+    QTest::newRow("list of one type") << QVariant::fromValue(QList<int>{1, 2}) << list({1, 2});
+    QTest::newRow("map of one type") << QVariant::fromValue(TextMap{{a, QStringLiteral("b")}})
+                                     << QVariant(QVariantMap{{a, QStringLiteral("b")}});
     QTest::newRow("list") << list({list({path("/one"), a}), 1})
                           << list({list({QStringLiteral("/one"), a}), 1});
 }

@@ -169,8 +169,8 @@ void TestProxyInstall::consumerFoundByPkgConfig_speaksToItsServices()
     QVERIFY(flags.contains("-lVorletProxies"));
 
     const QString program = folder.filePath(QStringLiteral("program"));
-    QStringList arguments{QStringLiteral("-std=c++17"), QStringLiteral("-fPIC"),
-                          consumerFolder + QStringLiteral("/main.cpp"), QStringLiteral("-o"), program};
+    QStringList arguments{QStringLiteral("-std=c++17"), consumerFolder + QStringLiteral("/main.cpp"),
+                          QStringLiteral("-o"), program};
     arguments += extraFlags.split(QLatin1Char(' '), Qt::SkipEmptyParts);
     arguments += QString::fromUtf8(flags).simplified().split(QLatin1Char(' '));
     run(compiler, arguments, &problem);
