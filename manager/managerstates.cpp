@@ -7,6 +7,9 @@
 #include <QDBusConnection>
 #include <QDBusError>
 
+#include <algorithm>
+#include <iterator>
+
 void QWixtApplicationManager::start()
 {
     {
@@ -101,87 +104,104 @@ void QWixtApplicationManager::widgetCreated(QString /*packageId*/, QString widge
     installedWidgets.append(widgetId);
 }
 
-bool QWixtApplicationManager::isSetUp() const
+/// One row a transition; the first whose state and condition hold decides. Some lines name another state than
+/// the one that is left; their texts are fixed.
+struct QWixtApplicationManager::Transition {
+    ManagerState from;
+    bool (QWixtApplicationManager::*condition)() const;
+    ManagerState to; ///< the same as from: stay
+    const char *line;
+};
+
+const QWixtApplicationManager::Transition QWixtApplicationManager::transitions[] = {
+    {WaitForDaemonsToStart, &QWixtApplicationManager::areServicesUnknown, WaitForDaemonsToStart, nullptr},
+    {WaitForDaemonsToStart, &QWixtApplicationManager::isNotSetUp, NotSetuped,
+     "QWixtApplicationManager: State changed from WaitForDaemonsToStart to NotSetuped"},
+    {WaitForDaemonsToStart, &QWixtApplicationManager::isOffline, NoInternet,
+     "QWixtApplicationManager: State changed from WaitForDaemonsToStart to NoInternet"},
+    {WaitForDaemonsToStart, &QWixtApplicationManager::isListMissing, WaitForList,
+     "QWixtApplicationManager: State changed from NotSetuped to WaitForList"},
+    {WaitForDaemonsToStart, &QWixtApplicationManager::otherwise, Ready,
+     "QWixtApplicationManager: State changed from WaitForDaemonsToStart to Ready"},
+
+    {NotSetuped, &QWixtApplicationManager::isNotSetUp, NotSetuped, nullptr},
+    {NotSetuped, &QWixtApplicationManager::isOffline, NoInternet,
+     "QWixtApplicationManager: State changed from NotSetuped to NoInternet"},
+    {NotSetuped, &QWixtApplicationManager::isListMissing, WaitForList,
+     "QWixtApplicationManager: State changed from NotSetuped to WaitForList"},
+    {NotSetuped, &QWixtApplicationManager::otherwise, Ready,
+     "QWixtApplicationManager: State changed from NotSetuped to Ready"},
+
+    {NoInternet, &QWixtApplicationManager::isOffline, NoInternet, nullptr},
+    {NoInternet, &QWixtApplicationManager::isListMissing, WaitForList,
+     "QWixtApplicationManager: State changed from NotSetuped to WaitForList"},
+    {NoInternet, &QWixtApplicationManager::otherwise, Ready,
+     "QWixtApplicationManager: State changed from NoInternet to Ready"},
+
+    {WaitForList, &QWixtApplicationManager::isOffline, NoInternet,
+     "QWixtApplicationManager: State changed from Ready to NoInternet"},
+    {WaitForList, &QWixtApplicationManager::isListMissing, WaitForList, nullptr},
+    {WaitForList, &QWixtApplicationManager::otherwise, Ready,
+     "QWixtApplicationManager: State changed from WaitForList to Ready"},
+
+    {Ready, &QWixtApplicationManager::isOffline, NoInternet,
+     "QWixtApplicationManager: State changed from Ready to NoInternet"},
+    {Ready, &QWixtApplicationManager::otherwise, Ready, nullptr},
+};
+
+bool QWixtApplicationManager::areServicesUnknown() const
 {
-    return !apiKey.isEmpty() && !remoteId.isEmpty();
+    return !daemonStarted || !widgetsListReceived;
 }
 
-/// One step at the most. Some lines name another state than the one that is left; their texts are fixed.
+bool QWixtApplicationManager::isNotSetUp() const
+{
+    return apiKey.isEmpty() || remoteId.isEmpty();
+}
+
+bool QWixtApplicationManager::isOffline() const
+{
+    return !internetAvailable;
+}
+
+bool QWixtApplicationManager::isListMissing() const
+{
+    return !remoteListReceived;
+}
+
+bool QWixtApplicationManager::otherwise() const
+{
+    return true;
+}
+
+/// One step at the most.
 void QWixtApplicationManager::evaluateState()
 {
-    switch (state) {
-    case WaitForDaemonsToStart:
-        if (!daemonStarted || !widgetsListReceived) {
-            return;
-        }
-        if (!isSetUp()) {
-            enter(NotSetuped,
-                  "QWixtApplicationManager: State changed from WaitForDaemonsToStart to NotSetuped");
-            return;
-        }
-        moveOn("QWixtApplicationManager: State changed from WaitForDaemonsToStart to NoInternet",
-               "QWixtApplicationManager: State changed from WaitForDaemonsToStart to Ready");
-        return;
-    case NotSetuped:
-        if (isSetUp()) {
-            moveOn("QWixtApplicationManager: State changed from NotSetuped to NoInternet",
-                   "QWixtApplicationManager: State changed from NotSetuped to Ready");
-        }
-        return;
-    case NoInternet:
-        if (internetAvailable) {
-            moveOn(nullptr, "QWixtApplicationManager: State changed from NoInternet to Ready");
-        }
-        return;
-    case WaitForList:
-        if (!internetAvailable) {
-            enter(NoInternet, "QWixtApplicationManager: State changed from Ready to NoInternet");
-        } else if (remoteListReceived) {
-            enter(Ready, "QWixtApplicationManager: State changed from WaitForList to Ready");
-        }
-        return;
-    case Ready:
-        if (!internetAvailable) {
-            enter(NoInternet, "QWixtApplicationManager: State changed from Ready to NoInternet");
-        }
-        return;
-    }
-    logWarning("QWixtApplicationManager: Not handled state");
-}
-
-/// From a state that waited for something else, to where internet and list allow.
-void QWixtApplicationManager::moveOn(const char *offlineLine, const char *readyLine)
-{
-    if (!internetAvailable) {
-        enter(NoInternet, offlineLine);
-    } else if (!remoteListReceived) {
-        enter(WaitForList, "QWixtApplicationManager: State changed from NotSetuped to WaitForList");
-    } else {
-        enter(Ready, readyLine);
+    const auto *const row =
+        std::find_if(std::cbegin(transitions), std::cend(transitions), [this](const Transition &each) {
+            return each.from == state && (this->*each.condition)();
+        });
+    if (row == std::cend(transitions)) {
+        logWarning("QWixtApplicationManager: Not handled state");
+    } else if (row->to != row->from) {
+        logDebug("%s", row->line);
+        enter(row->to);
     }
 }
 
 /// Changes the state, then does what the new one begins with.
-void QWixtApplicationManager::enter(ManagerState next, const char *line)
+void QWixtApplicationManager::enter(ManagerState next)
 {
-    logDebug("%s", line);
-    const bool listWasAwaited = state == WaitForList;
+    const ManagerState previous = state;
     state = next;
-    switch (next) {
-    case NoInternet:
+    if (next == NoInternet) {
         removeAllTasksFromWorker();
-        break;
-    case WaitForList:
+    } else if (next == WaitForList) {
         getListOfRemoteApps();
-        break;
-    case Ready:
-        if (listWasAwaited) {
+    } else if (next == Ready) {
+        if (previous == WaitForList) {
             Q_EMIT readyToWork();
         }
         processRequests();
-        break;
-    case WaitForDaemonsToStart:
-    case NotSetuped:
-        break;
     }
 }

@@ -74,17 +74,23 @@ protected Q_SLOTS:
     void delayedTaskTimeout();
 
 protected:
+    struct Transition;
+    static const Transition transitions[];
+
     QWixtApplicationManager();
 
     // The device and the manager's states.
-    bool isSetUp() const;
     void readWidgets();
     void readApiKey();
     void readIdentity();
     void readInternet();
+    bool areServicesUnknown() const;
+    bool isNotSetUp() const;
+    bool isOffline() const;
+    bool isListMissing() const;
+    bool otherwise() const;
     void evaluateState();
-    void moveOn(const char *offlineLine, const char *readyLine);
-    void enter(ManagerState next, const char *line);
+    void enter(ManagerState next);
 
     // The task queue.
     RemoteTaskWithDescription *createRemoteTask(const RemoteTaskDescription &descr) const;
