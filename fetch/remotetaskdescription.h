@@ -3,6 +3,8 @@
 #include <QString>
 #include <QVariantMap>
 
+#include <cstddef>
+
 /// What one remote operation is about; a value shared by the manager, the worker and the tasks.
 struct RemoteTaskDescription {
     /// The kinds of remote operation. Other numbers may stand in `type`; no request is built for them.
@@ -20,3 +22,9 @@ bool operator!=(const RemoteTaskDescription &a, const RemoteTaskDescription &b);
 /// that differ in their data only are each less than the other. A look-up by key in a map ordered so misses
 /// entries; see tasksbydescription.h for the ways that do not.
 bool operator<(const RemoteTaskDescription &a, const RemoteTaskDescription &b);
+
+/// For containers that find descriptions by equality. Equal descriptions whose values are text have equal
+/// hashes.
+struct RemoteTaskDescriptionHash {
+    std::size_t operator()(const RemoteTaskDescription &descr) const;
+};

@@ -1,10 +1,8 @@
-// Requests from the bus and from the device, what replies change in the records, and which signals follow.
+// Requests from the bus and from the device, and the records that they are checked against.
 
+#include "descriptions.h"
 #include "log.h"
 #include "qwixtapplicationmanager.h"
-#include "remoteappsapi.h"
-#include "remoterequestworker.h"
-#include "remotetaskwithdescription.h"
 
 #include <QDebug>
 
@@ -12,10 +10,6 @@
 
 namespace
 {
-
-const auto appIdKey = QStringLiteral("app_id");
-const auto nameKey = QStringLiteral("name");
-const auto typeKey = QStringLiteral("type");
 
 void storeRecord(QMap<QString, RemoteApplication *> &records, const RemoteApplication &application)
 {
@@ -25,22 +19,10 @@ void storeRecord(QMap<QString, RemoteApplication *> &records, const RemoteApplic
 
 } // namespace
 
-/// Queues a description. In Ready it goes to the worker at once, and true is returned.
-bool QWixtApplicationManager::submit(const RemoteTaskDescription &descr)
-{
-    pendingTasks.append(descr);
-    if (state != Ready) {
-        return false;
-    }
-    worker->addTask(createStoredTask(descr));
-    return true;
-}
-
 bool QWixtApplicationManager::registerApplication(const QString &uuid, const QString &name,
                                                   const QString &type)
 {
-    const RemoteTaskDescription descr = {
-        RemoteTaskDescription::Register, uuid, {{nameKey, name}, {typeKey, type}}};
+    const RemoteTaskDescription descr = Descriptions::registration(uuid, name, type);
     if (pendingTasks.contains(descr)) {
         logDebug("QWixtApplicationManager: register task already exists");
         return false;
@@ -62,6 +44,7 @@ void QWixtApplicationManager::updateApplication(const QString &qwixtId, const QS
 
     const RemoteApplication *const onServer = remoteApplications.value(qwixtId);
     if (onServer == nullptr) {
+        // The one line without the class's name in front; its text is fixed.
         logWarning("No remote info about application %s register one more time", qPrintable(qwixtId));
         registerApplication(uuid, name, type);
         return;
@@ -70,8 +53,7 @@ void QWixtApplicationManager::updateApplication(const QString &qwixtId, const QS
         logInfo("QWixtApplicationManager: application is not changed");
         return;
     }
-    const RemoteTaskDescription descr = {
-        RemoteTaskDescription::Update, uuid, {{appIdKey, qwixtId}, {nameKey, name}, {typeKey, type}}};
+    const RemoteTaskDescription descr = Descriptions::update(qwixtId, uuid, name, type);
     if (pendingTasks.contains(descr)) {
         logDebug("QWixtApplicationManager: update task already exists");
         return;
@@ -83,14 +65,12 @@ void QWixtApplicationManager::updateApplication(const QString &qwixtId, const QS
 
 void QWixtApplicationManager::deleteApplication(QString qwixtId, QString uuid, QString type)
 {
-    RemoteTaskDescription descr = {RemoteTaskDescription::Delete, uuid, {}};
-    // Before the data are attached, on purpose: a second deletion of the same widget is queued again.
-    if (pendingTasks.contains(descr)) {
+    // Asked without the data, on purpose: what is queued carries them, so a second deletion is queued again.
+    if (pendingTasks.contains({RemoteTaskDescription::Delete, uuid, {}})) {
         logDebug("QWixtApplicationManager: delete task already exists");
         return;
     }
-    descr.data = {{appIdKey, qwixtId}, {typeKey, type}};
-    if (submit(descr)) {
+    if (submit(Descriptions::deletion(qwixtId, uuid, type))) {
         logInfo("QWixtApplicationManager: added delete app task");
         logDebug("QWixtApplicationManager: added delete app %s %s task", qPrintable(qwixtId),
                  qPrintable(type));
@@ -104,6 +84,7 @@ void QWixtApplicationManager::widgetDeleted(QString /*packageId*/, QString widge
             deleteApplication(application->appId, widgetId, QStringLiteral(""));
         }
     }
+    // Meant so: a widget without an application is silent as long as there are records of others.
     if (remoteApplications.isEmpty()) {
         logDebug("QWixtApplicationManager: no widget registered to delete");
     }
@@ -121,75 +102,6 @@ void QWixtApplicationManager::removeApplicationsWithoutWidget()
             deleteApplication(application->appId, application->identifier, application->type);
         }
     }
-}
-
-void QWixtApplicationManager::workerFinishedWithSuccess(QByteArray &data, RemoteTaskDescription descr)
-{
-    if (debugLogEnabled()) {
-        qDebug() << data;
-    }
-    dropTask(descr);
-    switch (descr.type) {
-    case RemoteTaskDescription::Register:
-        applicationWasRegistered(data, descr);
-        break;
-    case RemoteTaskDescription::Delete:
-        applicationWasDeleted(descr);
-        break;
-    case RemoteTaskDescription::Update:
-        applicationWasUpdated(descr);
-        break;
-    case RemoteTaskDescription::GetList:
-        listWasReceived(data);
-        break;
-    default:
-        logWarning("QWixtApplicationManager: unknown type");
-    }
-}
-
-void QWixtApplicationManager::applicationWasRegistered(const QByteArray &reply,
-                                                       const RemoteTaskDescription &descr)
-{
-    const RemoteAppsApi::RegisterReply answer = RemoteAppsApi::readRegisterReply(reply);
-    const RemoteApplication application = {answer.appId, descr.id, descr.data.value(nameKey).toString(),
-                                           descr.data.value(typeKey).toString()};
-    storeRecord(remoteApplications, application);
-    logInfo("QWixtApplicationManager: Application registered with status %s", qPrintable(answer.status));
-    Q_EMIT applicationRegistered(descr.id, application.appId, application.type);
-}
-
-void QWixtApplicationManager::applicationWasDeleted(const RemoteTaskDescription &descr)
-{
-    const QString appId = descr.data.value(appIdKey).toString();
-    delete remoteApplications.take(appId);
-    logInfo("QWixtApplicationManager: Application deleted");
-    Q_EMIT applicationDeleted(descr.id, appId, descr.data.value(typeKey).toString());
-}
-
-void QWixtApplicationManager::applicationWasUpdated(const RemoteTaskDescription &descr)
-{
-    logInfo("QWixtApplicationManager: Application updated");
-    RemoteApplication *const application = remoteApplications.value(descr.data.value(appIdKey).toString());
-    if (application == nullptr) {
-        logWarning("QWixtApplicationManager: Updated unknown application");
-        return;
-    }
-    application->name = descr.data.value(nameKey).toString(); // type and identifier stay, on purpose
-}
-
-void QWixtApplicationManager::listWasReceived(const QByteArray &reply)
-{
-    remoteListReceived = true;
-    qDeleteAll(remoteApplications);
-    remoteApplications.clear();
-    const QList<RemoteApplication> listed = RemoteAppsApi::readListReply(reply, remoteId);
-    for (const RemoteApplication &application : listed) {
-        if (!remoteApplications.contains(application.appId)) {
-            storeRecord(remoteApplications, application);
-        }
-    }
-    removeApplicationsWithoutWidget();
-    evaluateState();
 }
 
 /// What the device asked for last for this application, or null with a warning.
@@ -210,4 +122,9 @@ const RemoteApplication *QWixtApplicationManager::remoteApplication(const QStrin
         logWarning("QWixtApplicationManager: No remote application with id %s", qPrintable(appId));
     }
     return application;
+}
+
+void QWixtApplicationManager::storeRemoteApplication(const RemoteApplication &application)
+{
+    storeRecord(remoteApplications, application);
 }

@@ -41,7 +41,7 @@ QWixtApplicationManager::QWixtApplicationManager()
 QWixtApplicationManager::~QWixtApplicationManager()
 {
     delete worker; // joins the thread that the tasks live on
-    qDeleteAll(tasksByDescription);
+    qDeleteAll(tasksByDescription.begin(), tasksByDescription.end());
     qDeleteAll(localApplications);
     qDeleteAll(remoteApplications);
 }

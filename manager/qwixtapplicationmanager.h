@@ -1,13 +1,14 @@
 #pragma once
 
 #include "daemon/generalproxy.h"
+#include "descriptioncounts.h"
+#include "pendingtasks.h"
 #include "remoteapplication.h"
 #include "remotetaskdescription.h"
 #include "tasksbydescription.h"
 #include "windowmanager/generalproxy.h"
 
 #include <QByteArray>
-#include <QList>
 #include <QMap>
 #include <QObject>
 #include <QString>
@@ -21,7 +22,8 @@ class RemoteRequestWorker;
 /// thread only.
 ///
 /// The class spreads over one source file per concern: managerstates.cpp (the device and its states),
-/// taskqueue.cpp (the queue, its timers and retries), applicationrecords.cpp (requests, replies and records).
+/// applicationrecords.cpp (what is asked for, and the records), taskqueue.cpp (the queue, its timers and
+/// retries), requestresults.cpp (what the success and the failure of a request change).
 class QWixtApplicationManager : public QObject
 {
     Q_OBJECT
@@ -95,20 +97,25 @@ protected:
     // The task queue.
     RemoteTaskWithDescription *createRemoteTask(const RemoteTaskDescription &descr) const;
     RemoteTaskWithDescription *createStoredTask(const RemoteTaskDescription &descr);
-    void processRequests();
-    void removeAllTasksFromWorker();
-    void dropTask(const RemoteTaskDescription &descr);
-    void disposeTask(RemoteTaskWithDescription *task);
-    void scheduleRetry(RemoteTaskWithDescription *task);
-
-    // The application records.
     bool submit(const RemoteTaskDescription &descr);
-    const RemoteApplication *localApplication(const QString &appId) const;
-    const RemoteApplication *remoteApplication(const QString &appId) const;
+    void processRequests();
+    void run(RemoteTaskWithDescription *task);
+    void runWhatIsDue(RemoteTaskWithDescription *task);
+    void removeAllTasksFromWorker();
+    void scheduleRetry(RemoteTaskWithDescription *task);
+    void dropRequest(const RemoteTaskDescription &descr);
+
+    // The results.
     void applicationWasRegistered(const QByteArray &reply, const RemoteTaskDescription &descr);
     void applicationWasDeleted(const RemoteTaskDescription &descr);
     void applicationWasUpdated(const RemoteTaskDescription &descr);
     void listWasReceived(const QByteArray &reply);
+    void announceDeletion(const RemoteTaskDescription &descr);
+
+    // The application records.
+    const RemoteApplication *localApplication(const QString &appId) const;
+    const RemoteApplication *remoteApplication(const QString &appId) const;
+    void storeRemoteApplication(const RemoteApplication &application);
     void removeApplicationsWithoutWidget();
 
     bool daemonStarted = false;
@@ -121,10 +128,11 @@ protected:
         localApplications; ///< what the device asked for last, by app id; owned
     QMap<QString, RemoteApplication *>
         remoteApplications;                ///< what the server holds for the device, by app id; owned
-    TasksByDescription tasksByDescription; ///< owned until disposeTask()
+    TasksByDescription tasksByDescription; ///< owned until the worker disposes of them
+    DescriptionCounts outstandingRuns;     ///< runs handed to the worker whose results are still to come
     QMap<RemoteTaskWithDescription *, QTimer *> retryTimers;
     QTimer *refreshTimer;
-    QList<RemoteTaskDescription> pendingTasks; ///< waiting or running, in the order of arrival
+    PendingTasks pendingTasks; ///< waiting or running, in the order of arrival
     QStringList installedWidgets;
     QString apiKey;
     QString serial;

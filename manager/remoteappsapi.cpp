@@ -1,5 +1,7 @@
 #include "remoteappsapi.h"
 
+#include "wirekeys.h"
+
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -41,21 +43,18 @@ QString authorization(const QString &apiKey)
 
 QVariantMap parameters(const RemoteTaskDescription &descr, const QString &remoteId)
 {
-    const QString appId = QStringLiteral("app_id");
-    const QString name = QStringLiteral("name");
-    const QString type = QStringLiteral("type");
     switch (descr.type) {
     case RemoteTaskDescription::Register:
-        return {{QStringLiteral("id"), remoteId},
-                {QStringLiteral("identifier"), descr.id},
-                {name, descr.data.value(name)},
-                {type, descr.data.value(type)}};
+        return {{WireKey::id, remoteId},
+                {WireKey::identifier, descr.id},
+                {WireKey::name, descr.data.value(WireKey::name)},
+                {WireKey::type, descr.data.value(WireKey::type)}};
     case RemoteTaskDescription::Delete:
         return descr.data;
     case RemoteTaskDescription::Update:
-        return {{appId, descr.data.value(appId).toString()},
-                {name, descr.data.value(name)},
-                {type, descr.data.value(type)}};
+        return {{WireKey::appId, descr.data.value(WireKey::appId).toString()},
+                {WireKey::name, descr.data.value(WireKey::name)},
+                {WireKey::type, descr.data.value(WireKey::type)}};
     default:
         return {};
     }
@@ -64,20 +63,18 @@ QVariantMap parameters(const RemoteTaskDescription &descr, const QString &remote
 RegisterReply readRegisterReply(const QByteArray &body)
 {
     const QVariantMap reply = readObject(body);
-    return {textOf(reply, QStringLiteral("app_id")), textOf(reply, QStringLiteral("status"))};
+    return {textOf(reply, WireKey::appId), textOf(reply, WireKey::status)};
 }
 
 QList<RemoteApplication> readListReply(const QByteArray &body, const QString &remoteId)
 {
     QList<RemoteApplication> applications;
-    const QVariantList apps = readObject(body).value(QStringLiteral("apps")).toList();
+    const QVariantList apps = readObject(body).value(WireKey::apps).toList();
     for (const QVariant &element : apps) {
         const QVariantMap app = element.toMap();
-        if (element.userType() == QMetaType::QVariantMap &&
-            textOf(app, QStringLiteral("device_id")) == remoteId) {
-            applications.append({textOf(app, QStringLiteral("app_id")),
-                                 textOf(app, QStringLiteral("identifier")),
-                                 textOf(app, QStringLiteral("name")), textOf(app, QStringLiteral("type"))});
+        if (element.userType() == QMetaType::QVariantMap && textOf(app, WireKey::deviceId) == remoteId) {
+            applications.append({textOf(app, WireKey::appId), textOf(app, WireKey::identifier),
+                                 textOf(app, WireKey::name), textOf(app, WireKey::type)});
         }
     }
     return applications;

@@ -1,5 +1,6 @@
 // The queue of remote tasks, their way to the worker and back, and their retries.
 
+#include "descriptions.h"
 #include "log.h"
 #include "qwixtapplicationmanager.h"
 #include "remoteappsapi.h"
@@ -12,15 +13,12 @@
 
 #include <chrono>
 #include <memory>
-#include <utility>
 
 using namespace std::chrono_literals;
 
 namespace
 {
 constexpr auto retryDelay = 5s;
-constexpr int httpBadRequest = 400;
-constexpr int httpNotFound = 404;
 } // namespace
 
 /// A task with the whole request for @p descr, owned by the caller; null for an unknown kind. The API key of
@@ -42,6 +40,7 @@ RemoteTaskWithDescription *QWixtApplicationManager::createRemoteTask(const Remot
         task->setRequestMethod(VFetchTask::Get);
         break;
     default:
+        // The line names another class; its text is fixed.
         logWarning("RemoteRequestWorker: Unknown task type");
         return nullptr;
     }
@@ -57,14 +56,40 @@ RemoteTaskWithDescription *QWixtApplicationManager::createRemoteTask(const Remot
     return task.release();
 }
 
-/// The same, stored under its description in place of an earlier task.
+/// The same, stored under its description. It takes the place of an earlier one with all that is its: a retry
+/// that waits for the earlier task now waits for this one.
 RemoteTaskWithDescription *QWixtApplicationManager::createStoredTask(const RemoteTaskDescription &descr)
 {
     RemoteTaskWithDescription *const task = createRemoteTask(descr);
-    if (task != nullptr) {
-        disposeTask(storeTask(tasksByDescription, descr, task));
+    if (task == nullptr) {
+        return nullptr;
+    }
+    if (RemoteTaskWithDescription *const earlier = tasksByDescription.store(descr, task)) {
+        if (QTimer *const timer = retryTimers.take(earlier)) {
+            retryTimers.insert(task, timer);
+        }
+        worker->disposeTask(earlier);
     }
     return task;
+}
+
+/// Queues a description. In Ready it goes to the worker at once, and true is returned.
+bool QWixtApplicationManager::submit(const RemoteTaskDescription &descr)
+{
+    pendingTasks.append(descr);
+    if (state != Ready) {
+        return false;
+    }
+    run(createStoredTask(descr));
+    return true;
+}
+
+/// Hands a task to the worker. Each run brings one result, and a request whose result is still to come is not
+/// sent again.
+void QWixtApplicationManager::run(RemoteTaskWithDescription *task)
+{
+    outstandingRuns.increase(task->description);
+    worker->addTask(task);
 }
 
 void QWixtApplicationManager::processRequests()
@@ -73,28 +98,30 @@ void QWixtApplicationManager::processRequests()
         return;
     }
     logDebug("QWixtApplicationManager: Start process requests");
-    const QList<RemoteTaskDescription> descriptions = pendingTasks;
+    DescriptionCounts met;
+    const QList<RemoteTaskDescription> descriptions = pendingTasks.inOrder();
     for (const RemoteTaskDescription &descr : descriptions) {
-        RemoteTaskWithDescription *task = findTask(tasksByDescription, descr);
-        if (task != nullptr) {
-            if (!worker->containsTask(task) && !retryTimers.contains(task)) {
-                worker->addTask(task);
-            }
-            continue;
-        }
-        task = createStoredTask(descr);
+        met.increase(descr);
+        RemoteTaskWithDescription *task = tasksByDescription.find(descr);
         if (task == nullptr) {
-            logWarning("QWixtApplicationManager: unknown task description");
+            task = createStoredTask(descr);
+            if (task == nullptr) {
+                logWarning("QWixtApplicationManager: unknown task description");
+                continue;
+            }
+        } else if (worker->containsTask(task) || retryTimers.contains(task)) {
             continue;
         }
-        worker->addTask(task);
+        // Equal deletions are as many requests; those that are on their way already count.
+        if (outstandingRuns.of(descr) < met.of(descr)) {
+            run(task);
+        }
     }
 }
 
 void QWixtApplicationManager::getListOfRemoteApps()
 {
-    RemoteTaskDescription descr;
-    descr.type = RemoteTaskDescription::GetList;
+    const RemoteTaskDescription descr = Descriptions::list();
     const bool wasPending = pendingTasks.contains(descr);
     if (!wasPending) {
         pendingTasks.append(descr);
@@ -103,64 +130,48 @@ void QWixtApplicationManager::getListOfRemoteApps()
         return;
     }
     if (!wasPending) {
-        worker->addTask(createStoredTask(descr));
+        run(createStoredTask(descr));
     } else {
-        RemoteTaskWithDescription *task = findTask(tasksByDescription, descr);
+        RemoteTaskWithDescription *task = tasksByDescription.find(descr);
         if (task == nullptr) {
             task = createStoredTask(descr);
         }
         // A task that the worker does not hold is on its way, or its retry waits; one made just now waits for
         // the next entry to Ready.
         if (worker->containsTask(task)) {
-            worker->addTask(task);
+            run(task);
         }
     }
     logDebug("QWixtApplicationManager: added get list task");
 }
 
-/// The queue and the waiting retries are kept: the same tasks go out at the next entry to Ready.
+/// The queue and the waiting retries are kept: the same tasks go out at the next entry to Ready. A run that
+/// was handed over is not taken back either: the worker's removal knows periodic tasks only, and says so by a
+/// warning.
 void QWixtApplicationManager::removeAllTasksFromWorker()
 {
     logDebug("QWixtApplicationManager: Remove all tasks from worker");
-    for (RemoteTaskWithDescription *task : std::as_const(tasksByDescription)) {
+    for (RemoteTaskWithDescription *task : tasksByDescription) {
+        // Asked by the id that all remote tasks share: true for each as soon as one waits in the run queue.
         if (worker->containsTask(task)) {
             worker->removeTask(task);
         }
     }
 }
 
-void QWixtApplicationManager::workerFinishedWithFail(int code, QByteArray &data, RemoteTaskDescription descr)
-{
-    if (debugLogEnabled()) {
-        qDebug() << code << data;
-    }
-    const bool isDelete = descr.type == RemoteTaskDescription::Delete;
-    if (code == httpNotFound && isDelete) {
-        // Gone from the server already. The record stays as it is.
-        dropTask(descr);
-        Q_EMIT applicationDeleted(descr.id, descr.data.value(QStringLiteral("app_id")).toString(),
-                                  descr.data.value(QStringLiteral("type")).toString());
-    } else if (code == httpBadRequest || code == httpNotFound) {
-        dropTask(descr);
-    } else {
-        scheduleRetry(findTask(tasksByDescription, descr));
-    }
-}
-
-/// The end of a request, done or given up: its description leaves the queue and its task goes.
-void QWixtApplicationManager::dropTask(const RemoteTaskDescription &descr)
+/// The end of one request, done or given up. Its task and a retry that waits go with it, unless an equal
+/// request is still pending: then both are that one's.
+void QWixtApplicationManager::dropRequest(const RemoteTaskDescription &descr)
 {
     pendingTasks.removeOne(descr);
-    disposeTask(takeTask(tasksByDescription, descr));
-}
-
-/// Gives up a task that is stored nowhere any more, and the retry that may wait for it; null is ignored.
-void QWixtApplicationManager::disposeTask(RemoteTaskWithDescription *task)
-{
+    if (pendingTasks.contains(descr)) {
+        return;
+    }
+    RemoteTaskWithDescription *const task = tasksByDescription.take(descr);
     if (task == nullptr) {
         return;
     }
-    if (QTimer *timer = retryTimers.take(task)) {
+    if (QTimer *const timer = retryTimers.take(task)) {
         timer->stop();
         timer->deleteLater();
     }
@@ -197,9 +208,18 @@ void QWixtApplicationManager::delayedTaskTimeout()
     } else if (worker->containsTask(task)) {
         logDebug("QWixtApplicationManager: not ready to do request %d", 1);
     } else if (state == Ready || task->description.type == RemoteTaskDescription::GetList) {
-        worker->addTask(task);
+        runWhatIsDue(task);
     } else {
         logDebug("QWixtApplicationManager: not ready to do request %d", 0);
     }
     timer->deleteLater();
+}
+
+/// Equal deletions share a task and a timer, so that more than one request may have waited for this retry.
+void QWixtApplicationManager::runWhatIsDue(RemoteTaskWithDescription *task)
+{
+    const RemoteTaskDescription &descr = task->description;
+    for (int due = pendingTasks.count(descr) - outstandingRuns.of(descr); due > 0; --due) {
+        run(task);
+    }
 }

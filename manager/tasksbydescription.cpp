@@ -2,57 +2,60 @@
 
 #include <iterator>
 
-namespace
+int TasksByDescription::size() const
 {
-
-TasksByDescription::iterator entryOf(TasksByDescription &tasks, const RemoteTaskDescription &descr)
-{
-    auto entry = tasks.begin();
-    while (entry != tasks.end() && entry.key() != descr) {
-        ++entry;
-    }
-    return entry;
+    return static_cast<int>(index.size());
 }
 
-} // namespace
-
-RemoteTaskWithDescription *findTask(const TasksByDescription &tasks, const RemoteTaskDescription &descr)
+bool TasksByDescription::isEmpty() const
 {
-    for (auto entry = tasks.cbegin(); entry != tasks.cend(); ++entry) {
-        if (entry.key() == descr) {
-            return entry.value();
-        }
-    }
-    return nullptr;
+    return index.empty();
 }
 
-RemoteTaskWithDescription *storeTask(TasksByDescription &tasks, const RemoteTaskDescription &descr,
-                                     RemoteTaskWithDescription *task)
+RemoteTaskWithDescription *TasksByDescription::find(const RemoteTaskDescription &descr) const
 {
-    const auto entry = entryOf(tasks, descr);
-    if (entry != tasks.end()) {
-        RemoteTaskWithDescription *const replaced = entry.value();
-        entry.value() = task;
+    const auto entry = index.find(descr);
+    return entry == index.end() ? nullptr : entry->second.value();
+}
+
+TasksByDescription::Map::const_iterator TasksByDescription::begin() const
+{
+    return map.cbegin();
+}
+
+TasksByDescription::Map::const_iterator TasksByDescription::end() const
+{
+    return map.cend();
+}
+
+RemoteTaskWithDescription *TasksByDescription::store(const RemoteTaskDescription &descr,
+                                                     RemoteTaskWithDescription *task)
+{
+    const auto entry = index.find(descr);
+    if (entry != index.end()) {
+        RemoteTaskWithDescription *const replaced = entry->second.value();
+        entry->second.value() = task;
         return replaced;
     }
     // The map itself may take a new description for one it holds. Between a key that is less than the new one
     // and a key that the new one is less than, it does not, and walking back from the end meets such a place:
     // of two different descriptions, at least one is less than the other.
-    auto place = tasks.cend();
-    while (place != tasks.cbegin() && !(std::prev(place).key() < descr)) {
+    auto place = map.cend();
+    while (place != map.cbegin() && !(std::prev(place).key() < descr)) {
         --place;
     }
-    tasks.insert(place, descr, task);
+    index.emplace(descr, map.insert(place, descr, task));
     return nullptr;
 }
 
-RemoteTaskWithDescription *takeTask(TasksByDescription &tasks, const RemoteTaskDescription &descr)
+RemoteTaskWithDescription *TasksByDescription::take(const RemoteTaskDescription &descr)
 {
-    const auto entry = entryOf(tasks, descr);
-    if (entry == tasks.end()) {
+    const auto entry = index.find(descr);
+    if (entry == index.end()) {
         return nullptr;
     }
-    RemoteTaskWithDescription *const task = entry.value();
-    tasks.erase(entry);
+    RemoteTaskWithDescription *const task = entry->second.value();
+    map.erase(entry->second);
+    index.erase(entry);
     return task;
 }

@@ -4,19 +4,38 @@
 
 #include <QMap>
 
+#include <unordered_map>
+
 class RemoteTaskWithDescription;
 
-/// The tasks that exist, by what they are about. The ordering of descriptions is not strict, so a look-up by
-/// key misses entries that are there: use these functions, which compare by equality, and never value(),
-/// contains(), find(), remove() or an insert() of the map.
-using TasksByDescription = QMap<RemoteTaskDescription, RemoteTaskWithDescription *>;
+/// The tasks that exist, by what they are about. Entries are found by equality of their descriptions, in
+/// constant time on average, and walked in the order of the map. The tasks stay their owner's.
+class TasksByDescription
+{
+    Q_DISABLE_COPY(TasksByDescription)
 
-/// The task stored for this description, or null.
-RemoteTaskWithDescription *findTask(const TasksByDescription &tasks, const RemoteTaskDescription &descr);
+    // The ordering of descriptions is not strict: a look-up by key misses entries that are there. So the map
+    // is only walked, and an index beside it finds its places.
+    using Map = QMap<RemoteTaskDescription, RemoteTaskWithDescription *>;
 
-/// Stores @p task for this description and returns the one it replaces, or null. Neither changes its owner.
-RemoteTaskWithDescription *storeTask(TasksByDescription &tasks, const RemoteTaskDescription &descr,
-                                     RemoteTaskWithDescription *task);
+public:
+    TasksByDescription() = default;
 
-/// Removes the entry of this description and returns its task, or null when there is none.
-RemoteTaskWithDescription *takeTask(TasksByDescription &tasks, const RemoteTaskDescription &descr);
+    int size() const;
+    bool isEmpty() const;
+    /// The task stored for this description, or null.
+    RemoteTaskWithDescription *find(const RemoteTaskDescription &descr) const;
+
+    Map::const_iterator begin() const;
+    Map::const_iterator end() const;
+
+    /// Stores @p task for this description and returns the one it replaces, or null.
+    [[nodiscard]] RemoteTaskWithDescription *store(const RemoteTaskDescription &descr,
+                                                   RemoteTaskWithDescription *task);
+    /// Removes the entry of this description and returns its task, or null when there is none.
+    [[nodiscard]] RemoteTaskWithDescription *take(const RemoteTaskDescription &descr);
+
+private:
+    Map map; ///< never shared, so that its iterators stay valid
+    std::unordered_map<RemoteTaskDescription, Map::iterator, RemoteTaskDescriptionHash> index;
+};

@@ -1,5 +1,8 @@
 #include "openmanager.h"
 
+#include "descriptions.h"
+#include "remotetaskwithdescription.h"
+#include "vdatafetcher_p.h"
 #include "vthread.h"
 
 #include <QCoreApplication>
@@ -7,6 +10,7 @@
 
 OpenManager::~OpenManager()
 {
+    letGoInWorker();
     // Results that still come in lead to no further requests.
     state = WaitForDaemonsToStart;
     daemonStarted = false;
@@ -68,29 +72,48 @@ void OpenManager::retryNow()
     }
 }
 
+RemoteTaskWithDescription *OpenManager::onlyTask() const
+{
+    Q_ASSERT(tasksByDescription.size() == 1);
+    return *tasksByDescription.begin();
+}
+
+void OpenManager::holdInWorker(RemoteTaskWithDescription *task)
+{
+    findChild<VDataFetcherPrivate *>()->execQueue.append(task);
+}
+
+void OpenManager::letGoInWorker()
+{
+    findChild<VDataFetcherPrivate *>()->execQueue.clear();
+}
+
+int OpenManager::heldInWorker() const
+{
+    return static_cast<int>(findChild<VDataFetcherPrivate *>()->execQueue.size());
+}
+
 namespace Descr
 {
 
 RemoteTaskDescription registration(const char *uuid, const char *name, const char *type)
 {
-    return {1, text(uuid), {{text("name"), text(name)}, {text("type"), text(type)}}};
+    return Descriptions::registration(text(uuid), text(name), text(type));
 }
 
 RemoteTaskDescription deletion(const char *appId, const char *uuid, const char *type)
 {
-    return {2, text(uuid), {{text("app_id"), text(appId)}, {text("type"), text(type)}}};
+    return Descriptions::deletion(text(appId), text(uuid), text(type));
 }
 
 RemoteTaskDescription update(const char *appId, const char *uuid, const char *name, const char *type)
 {
-    return {3,
-            text(uuid),
-            {{text("app_id"), text(appId)}, {text("name"), text(name)}, {text("type"), text(type)}}};
+    return Descriptions::update(text(appId), text(uuid), text(name), text(type));
 }
 
 RemoteTaskDescription list()
 {
-    return {4, QString(), {}};
+    return Descriptions::list();
 }
 
 } // namespace Descr

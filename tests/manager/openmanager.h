@@ -35,6 +35,7 @@ public:
     using QWixtApplicationManager::installedWidgets;
     using QWixtApplicationManager::internetAvailable;
     using QWixtApplicationManager::localApplications;
+    using QWixtApplicationManager::outstandingRuns;
     using QWixtApplicationManager::pendingTasks;
     using QWixtApplicationManager::refreshTimer;
     using QWixtApplicationManager::remoteApplications;
@@ -55,12 +56,20 @@ public:
     void fail(const RemoteTaskDescription &descr, int code, const QByteArray &reply = {});
     /// Has the waiting retries due now.
     void retryNow();
+    /// The one task that exists.
+    RemoteTaskWithDescription *onlyTask() const;
+    /// Puts a task where the worker counts it as held: into the run queue, which is empty otherwise, since
+    /// what is queued goes to the thread at once.
+    void holdInWorker(RemoteTaskWithDescription *task);
+    int heldInWorker() const;
+    void letGoInWorker();
 
 private:
     /// Returns when the fetch thread has done all that is queued there.
     void finishOnFetchThread();
 };
 
+/// Descriptions from a test's texts.
 namespace Descr
 {
 RemoteTaskDescription registration(const char *uuid, const char *name = "Clock", const char *type = "t");

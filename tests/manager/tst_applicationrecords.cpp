@@ -104,7 +104,7 @@ void TestApplicationRecords::register_outsideReadyOnlyQueues()
     OpenManager manager;
     PlatformCapture::clear();
     manager.registerApplication(text("u1"), text("Clock"), text("t"));
-    QVERIFY(manager.pendingTasks == QList<RemoteTaskDescription>{Descr::registration("u1")});
+    QVERIFY(manager.pendingTasks.inOrder() == QList<RemoteTaskDescription>{Descr::registration("u1")});
     QVERIFY(manager.tasksByDescription.isEmpty());
     QVERIFY(PlatformCapture::lines().isEmpty());
 }
@@ -115,7 +115,7 @@ void TestApplicationRecords::register_inReadyIsSentAndTold()
     manager.beReady();
     const MessageCapture messages;
     manager.registerApplication(text("u1"), text("Clock"), text("t"));
-    QVERIFY(findTask(manager.tasksByDescription, Descr::registration("u1")) != nullptr);
+    QVERIFY(manager.tasksByDescription.find(Descr::registration("u1")) != nullptr);
     QCOMPARE(PlatformCapture::texts(infoPriority),
              QList<QByteArray>{"QWixtApplicationManager: added register app task"});
     QTRY_COMPARE(CurlFake::requestCount(), 1);
@@ -152,7 +152,7 @@ void TestApplicationRecords::update_ofAnUnknownApplicationRegisters()
     manager.updateApplication(text("a9"), text("u1"), text("Clock"), text("t"));
     QCOMPARE(PlatformCapture::texts(warningPriority),
              QList<QByteArray>{"No remote info about application a9 register one more time"});
-    QVERIFY(manager.pendingTasks == QList<RemoteTaskDescription>{Descr::registration("u1")});
+    QVERIFY(manager.pendingTasks.inOrder() == QList<RemoteTaskDescription>{Descr::registration("u1")});
     QCOMPARE(recordsOf(manager.localApplications), QStringList{text("a9: a9 u1 Clock t")});
 
     manager.remoteApplications.insert(text("null"), nullptr);
@@ -193,8 +193,8 @@ void TestApplicationRecords::update_isSentWhenAFieldDiffers()
     manager.updateApplication(text("a1"), uuid, name, type);
     const RemoteTaskDescription descr = {
         3, uuid, {{text("app_id"), text("a1")}, {text("name"), name}, {text("type"), type}}};
-    QVERIFY(manager.pendingTasks == QList<RemoteTaskDescription>{descr});
-    QVERIFY(findTask(manager.tasksByDescription, descr) != nullptr);
+    QVERIFY(manager.pendingTasks.inOrder() == QList<RemoteTaskDescription>{descr});
+    QVERIFY(manager.tasksByDescription.find(descr) != nullptr);
     QCOMPARE(PlatformCapture::texts(infoPriority),
              QList<QByteArray>{"QWixtApplicationManager: added update app task"});
 }
@@ -228,7 +228,7 @@ void TestApplicationRecords::delete_queuesAgainOnPurpose()
     OpenManager manager;
     manager.deleteApplication(text("a1"), text("u1"), text("t"));
     manager.deleteApplication(text("a1"), text("u1"), text("t"));
-    QVERIFY(manager.pendingTasks ==
+    QVERIFY(manager.pendingTasks.inOrder() ==
             (QList<RemoteTaskDescription>{Descr::deletion("a1", "u1"), Descr::deletion("a1", "u1")}));
 }
 
@@ -261,7 +261,7 @@ void TestApplicationRecords::widgetDeleted_deletesEveryMatchWithAnEmptyType()
     manager.addRemote({text("a1"), text("u1"), text("n"), text("t")});
     manager.addRemote({text("a3"), text("u3"), text("n"), text("t")});
     manager.widgetDeleted(text("package"), text("u1"));
-    QVERIFY(manager.pendingTasks ==
+    QVERIFY(manager.pendingTasks.inOrder() ==
             (QList<RemoteTaskDescription>{Descr::deletion("a1", "u1", ""), Descr::deletion("a2", "u1", "")}));
     CurlFake::release();
     QTRY_COMPARE(CurlFake::requestCount(), 2);
@@ -423,8 +423,9 @@ void TestApplicationRecords::listReply_applicationsWithoutWidgetAreDeleted()
         {"device_id":"d9","app_id":"a","identifier":"U1","name":"n","type":"t1"},
         {"device_id":"d9","app_id":"c","identifier":"u1","name":"n","type":"t3"}]})");
     // In the order of the ids, with the types listed; the case of an identifier counts.
-    QVERIFY(manager.pendingTasks == (QList<RemoteTaskDescription>{Descr::deletion("a", "U1", "t1"),
-                                                                  Descr::deletion("b", "gone", "t2")}));
+    QVERIFY(
+        manager.pendingTasks.inOrder() ==
+        (QList<RemoteTaskDescription>{Descr::deletion("a", "U1", "t1"), Descr::deletion("b", "gone", "t2")}));
     QCOMPARE(ready.count(), 1);
     QCOMPARE(manager.state, QWixtApplicationManager::Ready);
     QVERIFY(messages.debugTexts().contains(text("u1, u2")));

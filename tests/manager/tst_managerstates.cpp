@@ -144,7 +144,7 @@ void TestManagerStates::refreshTimer_wouldFetchTheList()
 {
     OpenManager manager;
     manager.refreshTimer->start(0);
-    QTRY_VERIFY(manager.pendingTasks == QList<RemoteTaskDescription>{Descr::list()});
+    QTRY_VERIFY(manager.pendingTasks.inOrder() == QList<RemoteTaskDescription>{Descr::list()});
 }
 
 void TestManagerStates::transition_data()
@@ -362,7 +362,7 @@ void TestManagerStates::onlineAndSetUpAtStart_fetchesTheListThenIsReady()
     QCOMPARE(manager.state, QWixtApplicationManager::WaitForList);
     QCOMPARE(PlatformCapture::count("QWixtApplicationManager: State changed from NotSetuped to WaitForList"),
              1);
-    QVERIFY(manager.pendingTasks == QList<RemoteTaskDescription>{Descr::list()});
+    QVERIFY(manager.pendingTasks.inOrder() == QList<RemoteTaskDescription>{Descr::list()});
     QTRY_COMPARE(CurlFake::requestCount(), 1);
     QCOMPARE(ready.count(), 0);
     CurlFake::release();

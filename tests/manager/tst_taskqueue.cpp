@@ -2,7 +2,6 @@
 #include "openmanager.h"
 #include "platformcapture.h"
 #include "remotetaskwithdescription.h"
-#include "vdatafetcher_p.h"
 
 #include <QPointer>
 #include <QTimer>
@@ -224,16 +223,21 @@ void TestTaskQueue::processRequests_skipsWaitingRetriesAndUnknownKinds()
 
 void TestTaskQueue::processRequests_handsOutStoredTasksAgain()
 {
-    CurlFake::hold();
+    CurlFake::queueAnswer({CURLE_OK, 503, "", ""});
     OpenManager manager;
     manager.beReady();
     manager.pendingTasks = {Descr::registration("u1")};
     manager.processRequests();
-    const auto *const task = manager.tasksByDescription.first();
-    manager.processRequests(); // it is on its way, which the worker does not count as held
-    QCOMPARE(manager.tasksByDescription.size(), 1);
-    QCOMPARE(manager.tasksByDescription.first(), task);
-    CurlFake::release();
+    const auto *const task = manager.onlyTask();
+    QTRY_COMPARE(manager.retryTimers.size(), 1);
+    manager.state = QWixtApplicationManager::NoInternet;
+    manager.retryNow();
+    QTRY_VERIFY(manager.retryTimers.isEmpty());
+    manager.state = QWixtApplicationManager::Ready;
+
+    manager.processRequests();
+
+    QCOMPARE(manager.onlyTask(), task);
     QTRY_COMPARE(CurlFake::requestCount(), 2);
 }
 
@@ -244,11 +248,9 @@ void TestTaskQueue::processRequests_skipsTasksThatTheWorkerHolds()
     manager.beReady();
     manager.registerApplication(text("u1"), text("n"), text("t"));
     QTRY_COMPARE(CurlFake::requestCount(), 1);
-    auto *const fetcher = manager.findChild<VDataFetcherPrivate *>();
-    fetcher->execQueue.append(manager.tasksByDescription.first());
+    manager.holdInWorker(manager.onlyTask());
     manager.processRequests();
-    QCOMPARE(fetcher->execQueue.size(), 1); // another append would have taken it out to run
-    fetcher->execQueue.clear();
+    QCOMPARE(manager.heldInWorker(), 1); // another append would have taken it out to run
 }
 
 void TestTaskQueue::twoRegistersAlike_areOneDescription()
@@ -284,7 +286,7 @@ void TestTaskQueue::listRequest_waitsOutsideItsStates()
     manager.beReady();
     manager.state = static_cast<QWixtApplicationManager::ManagerState>(state);
     manager.getListOfRemoteApps();
-    QVERIFY(manager.pendingTasks == QList<RemoteTaskDescription>{Descr::list()});
+    QVERIFY(manager.pendingTasks.inOrder() == QList<RemoteTaskDescription>{Descr::list()});
     QCOMPARE(manager.tasksByDescription.size(), goesOut ? 1 : 0);
     QCOMPARE(PlatformCapture::count("QWixtApplicationManager: added get list task"), goesOut ? 1 : 0);
 
@@ -311,10 +313,8 @@ void TestTaskQueue::listRequest_again()
     manager.beReady();
     manager.getListOfRemoteApps();
     QTRY_COMPARE(CurlFake::requestCount(), 1);
-    auto *const fetcher = manager.findChild<VDataFetcherPrivate *>();
     if (held) {
-        // What the worker holds is what waits in the run queue, under the one id of all remote tasks.
-        fetcher->execQueue.append(manager.tasksByDescription.first());
+        manager.holdInWorker(manager.onlyTask());
     }
     manager.getListOfRemoteApps();
     QCOMPARE(manager.tasksByDescription.size(), 1);
@@ -323,7 +323,6 @@ void TestTaskQueue::listRequest_again()
     QTRY_COMPARE(CurlFake::requestCount(), runs);
     QTest::qWait(50); // grace time: no further run
     QCOMPARE(CurlFake::requestCount(), runs);
-    fetcher->execQueue.clear();
 }
 
 void TestTaskQueue::listRequest_withoutATask()
@@ -355,12 +354,10 @@ void TestTaskQueue::withdrawing_keepsQueueTasksAndTimers()
     QCOMPARE(manager.retryTimers.size(), 2);
 
     // Tasks that the worker holds are asked for back, which the fetcher refuses: it knows periodic ones only.
-    auto *const fetcher = manager.findChild<VDataFetcherPrivate *>();
-    fetcher->execQueue.append(manager.tasksByDescription.first());
+    manager.holdInWorker(*manager.tasksByDescription.begin());
     manager.removeAllTasksFromWorker();
     QCOMPARE(PlatformCapture::count("DataFetcher: Wrong task id"), 2); // both have the one id of remote tasks
-    QCOMPARE(fetcher->execQueue.size(), 1);
-    fetcher->execQueue.clear();
+    QCOMPARE(manager.heldInWorker(), 1);
 }
 
 void TestTaskQueue::failure_isGivenUpOrRetried_data()
@@ -387,7 +384,7 @@ void TestTaskQueue::failure_isGivenUpOrRetried()
     manager.beReady();
     manager.pendingTasks = {Descr::update("x", "y"), descr, Descr::update("x", "z")};
     const QPointer<RemoteTaskWithDescription> task = manager.createRemoteTask(descr);
-    storeTask(manager.tasksByDescription, descr, task);
+    QVERIFY(manager.tasksByDescription.store(descr, task) == nullptr);
     const QSignalSpy registered(&manager, &QWixtApplicationManager::applicationRegistered);
     const QSignalSpy deleted(&manager, &QWixtApplicationManager::applicationDeleted);
     PlatformCapture::clear();
@@ -395,7 +392,7 @@ void TestTaskQueue::failure_isGivenUpOrRetried()
 
     QCOMPARE(manager.pendingTasks.contains(descr), retried);
     QCOMPARE(manager.pendingTasks.size(), retried ? 3 : 2);
-    QCOMPARE(findTask(manager.tasksByDescription, descr) != nullptr, retried);
+    QCOMPARE(manager.tasksByDescription.find(descr) != nullptr, retried);
     QCOMPARE(manager.retryTimers.contains(task), retried);
     QCOMPARE(registered.count(), 0);
     QCOMPARE(deleted.count(), code == 404 && kind == 2 ? 1 : 0);
@@ -428,7 +425,7 @@ void TestTaskQueue::retryTimer_isOneOfFiveSeconds()
     manager.registerApplication(text("u1"), text("n"), text("t"));
     QTRY_COMPARE(manager.retryTimers.size(), 1);
     const QTimer *const timer = manager.retryTimers.first();
-    QCOMPARE(manager.retryTimers.firstKey(), manager.tasksByDescription.first());
+    QCOMPARE(manager.retryTimers.firstKey(), manager.onlyTask());
     QCOMPARE(timer->interval(), 5000);
     QVERIFY(timer->isSingleShot());
     QVERIFY(timer->isActive());
@@ -517,14 +514,12 @@ void TestTaskQueue::retry_whileTheWorkerHoldsTheTask()
     manager.beReady();
     manager.registerApplication(text("u1"), text("n"), text("t"));
     QTRY_COMPARE(manager.retryTimers.size(), 1);
-    auto *const fetcher = manager.findChild<VDataFetcherPrivate *>();
-    fetcher->execQueue.append(manager.tasksByDescription.first());
+    manager.holdInWorker(manager.onlyTask());
     PlatformCapture::clear();
     manager.retryNow();
     QTRY_VERIFY(manager.retryTimers.isEmpty());
     QCOMPARE(PlatformCapture::texts(),
              QList<QByteArray>{"QWixtApplicationManager: not ready to do request 1"});
-    fetcher->execQueue.clear();
 }
 
 void TestTaskQueue::retryTimer_withoutSender()
@@ -587,7 +582,7 @@ void TestTaskQueue::disposedTask_takesItsTimerWithIt()
     manager.registerApplication(text("u1"), text("n"), text("t"));
     QTRY_COMPARE(manager.retryTimers.size(), 1);
     const QPointer<QTimer> timer = manager.retryTimers.first();
-    const QPointer<RemoteTaskWithDescription> task = manager.tasksByDescription.first();
+    const QPointer<RemoteTaskWithDescription> task = manager.onlyTask();
     manager.fail(Descr::registration("u1", "n"), 400);
     QVERIFY(manager.retryTimers.isEmpty());
     QVERIFY(!timer->isActive());
@@ -602,9 +597,9 @@ void TestTaskQueue::replacedTask_isDisposedOf()
     manager.beReady();
     QSignalSpy deleted(&manager, &QWixtApplicationManager::applicationDeleted);
     manager.deleteApplication(text("a"), text("u"), text("t"));
-    const QPointer<RemoteTaskWithDescription> first = manager.tasksByDescription.first();
+    const QPointer<RemoteTaskWithDescription> first = manager.onlyTask();
     manager.deleteApplication(text("a"), text("u"), text("t")); // queued again, as deletions are
-    const QPointer<RemoteTaskWithDescription> second = manager.tasksByDescription.first();
+    const QPointer<RemoteTaskWithDescription> second = manager.onlyTask();
     QCOMPARE(manager.pendingTasks.size(), 2);
     QCOMPARE(manager.tasksByDescription.size(), 1);
     QVERIFY(second != first);
@@ -623,7 +618,7 @@ void TestTaskQueue::retriedAThousandTimes_holdsAsMuch()
     manager.beReady();
     manager.registerApplication(text("u1"), text("n"), text("t"));
     QTRY_COMPARE(manager.retryTimers.size(), 1);
-    RemoteTaskWithDescription *const task = manager.tasksByDescription.first();
+    RemoteTaskWithDescription *const task = manager.onlyTask();
     const int connections = connectionsOf(task);
     QCOMPARE(connections, 7);
 
@@ -650,7 +645,7 @@ void TestTaskQueue::retriedAThousandTimes_holdsAsMuch()
     QVERIFY2(heldLate < heldEarly + 8 * 1024,
              qPrintable(QStringLiteral("%1 bytes more").arg(heldLate - heldEarly)));
     QCOMPARE(manager.pendingTasks.size(), 1);
-    QCOMPARE(manager.tasksByDescription.first(), task);
+    QCOMPARE(manager.onlyTask(), task);
     QCOMPARE(manager.findChildren<QTimer *>().size(), 2); // the refresh timer and one retry
 }
 

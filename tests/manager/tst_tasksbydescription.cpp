@@ -57,14 +57,14 @@ void TestTasksByDescription::pendingRegisters_areAllFound()
     QFETCH(int, count);
     TasksByDescription tasks;
     for (int i = 0; i < count; ++i) {
-        storeTask(tasks, {1, QString::number(i), {{QStringLiteral("name"), i}}}, task(i));
+        QVERIFY(tasks.store({1, QString::number(i), {{QStringLiteral("name"), i}}}, task(i)) == nullptr);
     }
-    QCOMPARE(static_cast<int>(tasks.size()), count);
+    QCOMPARE(tasks.size(), count);
     for (int i = 0; i < count; ++i) {
-        QCOMPARE(findTask(tasks, {1, QString::number(i), {{QStringLiteral("name"), i}}}), task(i));
+        QCOMPARE(tasks.find({1, QString::number(i), {{QStringLiteral("name"), i}}}), task(i));
     }
-    QVERIFY(findTask(tasks, {1, QStringLiteral("0"), {}}) == nullptr);
-    QVERIFY(findTask(tasks, {2, QStringLiteral("0"), {{QStringLiteral("name"), 0}}}) == nullptr);
+    QVERIFY(tasks.find({1, QStringLiteral("0"), {}}) == nullptr);
+    QVERIFY(tasks.find({2, QStringLiteral("0"), {{QStringLiteral("name"), 0}}}) == nullptr);
 }
 
 void TestTasksByDescription::anyOrderOfEntries_keepsThemAll()
@@ -75,17 +75,17 @@ void TestTasksByDescription::anyOrderOfEntries_keepsThemAll()
         std::shuffle(order.begin(), order.end(), random);
         TasksByDescription tasks;
         for (int i = 0; i < order.size(); ++i) {
-            QVERIFY(storeTask(tasks, order.at(i), task(i)) == nullptr);
+            QVERIFY(tasks.store(order.at(i), task(i)) == nullptr);
         }
-        QCOMPARE(tasks.size(), order.size());
+        QCOMPARE(tasks.size(), static_cast<int>(order.size()));
         for (int i = 0; i < order.size(); ++i) {
-            QCOMPARE(findTask(tasks, order.at(i)), task(i));
+            QCOMPARE(tasks.find(order.at(i)), task(i));
         }
         for (int i = 0; i < order.size(); i += 2) {
-            QCOMPARE(takeTask(tasks, order.at(i)), task(i));
+            QCOMPARE(tasks.take(order.at(i)), task(i));
         }
         for (int i = 0; i < order.size(); ++i) {
-            QCOMPARE(findTask(tasks, order.at(i)), i % 2 == 0 ? nullptr : task(i));
+            QCOMPARE(tasks.find(order.at(i)), i % 2 == 0 ? nullptr : task(i));
         }
     }
 }
@@ -95,13 +95,13 @@ void TestTasksByDescription::storing_replacesAnEqualEntry()
     TasksByDescription tasks;
     const QList<RemoteTaskDescription> all = mixture();
     for (int i = 0; i < all.size(); ++i) {
-        storeTask(tasks, all.at(i), task(i));
+        QVERIFY(tasks.store(all.at(i), task(i)) == nullptr);
     }
     for (int i = 0; i < all.size(); ++i) {
-        QCOMPARE(storeTask(tasks, all.at(i), task(1000 + i)), task(i));
+        QCOMPARE(tasks.store(all.at(i), task(1000 + i)), task(i));
     }
-    QCOMPARE(tasks.size(), all.size());
-    QCOMPARE(findTask(tasks, all.at(17)), task(1017));
+    QCOMPARE(tasks.size(), static_cast<int>(all.size()));
+    QCOMPARE(tasks.find(all.at(17)), task(1017));
 }
 
 void TestTasksByDescription::taking_removesOneEntry()
@@ -109,11 +109,11 @@ void TestTasksByDescription::taking_removesOneEntry()
     TasksByDescription tasks;
     const QList<RemoteTaskDescription> all = mixture();
     for (int i = 0; i < all.size(); ++i) {
-        storeTask(tasks, all.at(i), task(i));
+        QVERIFY(tasks.store(all.at(i), task(i)) == nullptr);
     }
-    QCOMPARE(takeTask(tasks, all.at(40)), task(40));
-    QVERIFY(takeTask(tasks, all.at(40)) == nullptr);
-    QCOMPARE(tasks.size(), all.size() - 1);
+    QCOMPARE(tasks.take(all.at(40)), task(40));
+    QVERIFY(tasks.take(all.at(40)) == nullptr);
+    QCOMPARE(tasks.size(), static_cast<int>(all.size()) - 1);
 }
 
 QTEST_GUILESS_MAIN(TestTasksByDescription)

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "remotetaskdescription.h"
+
+#include <unordered_map>
+
+/// How often each description stands somewhere. Looked up by equality, in constant time on average.
+class DescriptionCounts
+{
+public:
+    int of(const RemoteTaskDescription &descr) const
+    {
+        const auto entry = counts.find(descr);
+        return entry == counts.end() ? 0 : entry->second;
+    }
+
+    bool isEmpty() const { return counts.empty(); }
+
+    void increase(const RemoteTaskDescription &descr) { ++counts[descr]; }
+
+    /// A description that stands nowhere is ignored.
+    void decrease(const RemoteTaskDescription &descr)
+    {
+        const auto entry = counts.find(descr);
+        if (entry != counts.end() && --entry->second == 0) {
+            counts.erase(entry);
+        }
+    }
+
+private:
+    std::unordered_map<RemoteTaskDescription, int, RemoteTaskDescriptionHash> counts;
+};

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "remotetaskdescription.h"
+
+/// Makers of task descriptions, one for each kind of remote operation.
+namespace Descriptions
+{
+
+RemoteTaskDescription registration(const QString &uuid, const QString &name, const QString &type);
+RemoteTaskDescription deletion(const QString &appId, const QString &uuid, const QString &type);
+RemoteTaskDescription update(const QString &appId, const QString &uuid, const QString &name,
+                             const QString &type);
+/// There is only one of it.
+RemoteTaskDescription list();
+
+} // namespace Descriptions
