@@ -2,8 +2,8 @@
 
 #include <QSet>
 
-/// An internet that comes and goes while the server is slow and fails. Requests may then be sent more than
-/// once, but none may get lost.
+/// An internet that comes and goes while the server is slow and fails. No request may get lost then, and none
+/// is sent while an earlier run of it is under way.
 class TestFlapping : public QObject
 {
     Q_OBJECT
