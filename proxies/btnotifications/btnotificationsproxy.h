@@ -32,21 +32,21 @@ public:
     void setStatsSendingUserPermission(bool allowed, QDBus::CallMode mode);
 
     /// supportFilter() -> b: whether notifications can be filtered by application.
-    bool supportFilter(QDBus::CallMode mode);
+    [[nodiscard]] bool supportFilter(QDBus::CallMode mode);
     /// statsSendingServerPermission() -> b: whether the server lets statistics be sent.
-    bool statsSendingServerPermission(QDBus::CallMode mode);
+    [[nodiscard]] bool statsSendingServerPermission(QDBus::CallMode mode);
     /// statsSendingUserPermission() -> b: whether the owner lets statistics be sent.
-    bool statsSendingUserPermission(QDBus::CallMode mode);
+    [[nodiscard]] bool statsSendingUserPermission(QDBus::CallMode mode);
     /// filterWhitelist() -> as: the applications whose notifications are shown.
-    QStringList filterWhitelist(QDBus::CallMode mode);
+    [[nodiscard]] QStringList filterWhitelist(QDBus::CallMode mode);
     /// supportedAppList() -> av: the applications that can be filtered, arrays in arrays kept.
-    QVariantList supportedAppList(QDBus::CallMode mode);
+    [[nodiscard]] QVariantList supportedAppList(QDBus::CallMode mode);
     /// savedDevices() -> a{sv}: read with parseDBusMap().
-    QVariantMap savedDevices(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap savedDevices(QDBus::CallMode mode);
     /// generalOptions() -> a{sv}: read with parseDBusMap().
-    QVariantMap generalOptions(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap generalOptions(QDBus::CallMode mode);
     /// settingsForDevice(s) -> a{sv}: read with parseDBusMap().
-    QVariantMap settingsForDevice(const QString &address, QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap settingsForDevice(const QString &address, QDBus::CallMode mode);
 };
 
 } // namespace BtNotifications

@@ -25,11 +25,11 @@ public:
     void setAudioConfig(const QVariantMap &config, QDBus::CallMode mode);
 
     /// volume() -> d: the volume, in the service's own range.
-    double volume(QDBus::CallMode mode);
+    [[nodiscard]] double volume(QDBus::CallMode mode);
     /// getUserFriendlyVolume() -> x: the volume as the owner reads it.
-    qlonglong getUserFriendlyVolume(QDBus::CallMode mode);
+    [[nodiscard]] qlonglong getUserFriendlyVolume(QDBus::CallMode mode);
     /// getAudioState() -> a{sv}: the settings as a map, every container in it decoded, arrays in arrays kept.
-    QVariantMap getAudioState(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap getAudioState(QDBus::CallMode mode);
 
     /// Signal volumeDidChanged(d): the new volume, spelled so on the bus.
     bool connectVolumeDidChanged(QObject *receiver, const char *slot);

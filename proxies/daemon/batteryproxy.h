@@ -14,17 +14,17 @@ public:
     BatteryProxy(QObject *parent, const QDBusConnection &connection);
 
     /// batteryChargeLevel() -> i: the charge, in percent.
-    int batteryChargeLevel(QDBus::CallMode mode);
+    [[nodiscard]] int batteryChargeLevel(QDBus::CallMode mode);
     /// batteryChargeState() -> s: whether it charges or discharges.
-    QString batteryChargeState(QDBus::CallMode mode);
+    [[nodiscard]] QString batteryChargeState(QDBus::CallMode mode);
     /// batteryPlugState() -> b: whether the power cable is in.
-    bool batteryPlugState(QDBus::CallMode mode);
+    [[nodiscard]] bool batteryPlugState(QDBus::CallMode mode);
     /// available() -> b: whether the device has a battery.
-    bool available(QDBus::CallMode mode);
+    [[nodiscard]] bool available(QDBus::CallMode mode);
     /// batteryCondition() -> s: the battery's health.
-    QString batteryCondition(QDBus::CallMode mode);
+    [[nodiscard]] QString batteryCondition(QDBus::CallMode mode);
     /// getBatteryState() -> ay: a JSON object with "available", "level", "condition", "state".
-    QVariantMap getBatteryState(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap getBatteryState(QDBus::CallMode mode);
 
     /// Signal powerCablePluged(b): whether the cable is in, spelled so on the bus.
     bool connectPowerCablePluged(QObject *receiver, const char *slot);

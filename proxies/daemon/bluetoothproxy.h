@@ -32,27 +32,27 @@ public:
     void setBluetoothConfig(const QVariant &config, QDBus::CallMode mode);
 
     /// connectedDevices() -> as: the addresses of the connected devices.
-    QStringList connectedDevices(QDBus::CallMode mode);
+    [[nodiscard]] QStringList connectedDevices(QDBus::CallMode mode);
     /// isDeviceConnected(s) -> b: whether one device is connected.
-    bool isDeviceConnected(const QString &address, QDBus::CallMode mode);
+    [[nodiscard]] bool isDeviceConnected(const QString &address, QDBus::CallMode mode);
     /// playerState() -> ay: a JSON object.
-    QVariantMap playerState(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap playerState(QDBus::CallMode mode);
     /// currentTrackInfo() -> ay: a JSON object.
-    QVariantMap currentTrackInfo(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap currentTrackInfo(QDBus::CallMode mode);
     /// playerPlaybackState() -> s: whether the player plays.
-    QString playerPlaybackState(QDBus::CallMode mode);
+    [[nodiscard]] QString playerPlaybackState(QDBus::CallMode mode);
     /// mediaTransportState() -> s: the state of the sound's transport.
-    QString mediaTransportState(QDBus::CallMode mode);
+    [[nodiscard]] QString mediaTransportState(QDBus::CallMode mode);
     /// deviceConnectionType(s) -> a{sv}: how one device is connected, as a map, arrays in arrays kept.
-    QVariantMap deviceConnectionType(const QString &address, QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap deviceConnectionType(const QString &address, QDBus::CallMode mode);
     /// getAdapterState() -> ay: a JSON object with "available", "address", "active", "discoverable",
     /// "pairable", "powered", "low_energy", "connectable", "advertising".
-    QVariantMap getAdapterState(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap getAdapterState(QDBus::CallMode mode);
 
     /// deviceConnectionType(s) -> a{sv}: as the getter of this name.
-    QDBusPendingCall deviceConnectionType(const QString &address);
+    [[nodiscard]] QDBusPendingCall deviceConnectionType(const QString &address);
     /// setBluetoothConfig(ay): the JSON object of the command.
-    QDBusPendingCall setBluetoothConfig(const QVariant &config);
+    [[nodiscard]] QDBusPendingCall setBluetoothConfig(const QVariant &config);
 
     /// Signal BTDeviceConnectionStateChanged(sb): a device's address and whether it is connected.
     bool connectBTDeviceConnectionStateChanged(QObject *receiver, const char *slot);

@@ -21,16 +21,16 @@ public:
     void setScreenOn(bool on, QDBus::CallMode mode);
 
     /// getBrightness() -> i: the brightness, in the service's own range.
-    int getBrightness(QDBus::CallMode mode);
+    [[nodiscard]] int getBrightness(QDBus::CallMode mode);
     /// isAutoBrigtness() -> b: whether the brightness follows the light, spelled so on the bus.
-    bool isAutoBrigtness(QDBus::CallMode mode);
+    [[nodiscard]] bool isAutoBrigtness(QDBus::CallMode mode);
     /// isScreenOn() -> b: whether the display is on.
-    bool isScreenOn(QDBus::CallMode mode);
+    [[nodiscard]] bool isScreenOn(QDBus::CallMode mode);
     /// getSpec() -> ay: a JSON object with "is_monochrome", "has_icon", "is_icon_rgb", "width", "height",
     /// "icon_width", "icon_height", "depth".
-    QVariantMap getSpec(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap getSpec(QDBus::CallMode mode);
     /// getState() -> ay: a JSON object with "auto_brightness".
-    QVariantMap getState(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap getState(QDBus::CallMode mode);
 };
 
 } // namespace Daemon

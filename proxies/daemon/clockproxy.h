@@ -21,7 +21,7 @@ public:
     void setClockConfig(const QVariant &config, QDBus::CallMode mode);
 
     /// getClockState() -> ay: a JSON object with "mode", "time_utc", "timezone".
-    QVariantMap getClockState(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap getClockState(QDBus::CallMode mode);
 };
 
 } // namespace Daemon

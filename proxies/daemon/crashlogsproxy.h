@@ -14,9 +14,9 @@ public:
     CrashlogsProxy(QObject *parent, const QDBusConnection &connection);
 
     /// crashLogsList() -> as: the logs' names.
-    QStringList crashLogsList(QDBus::CallMode mode);
+    [[nodiscard]] QStringList crashLogsList(QDBus::CallMode mode);
     /// crashLogDirectory() -> s: the folder they lie in.
-    QString crashLogDirectory(QDBus::CallMode mode);
+    [[nodiscard]] QString crashLogDirectory(QDBus::CallMode mode);
 };
 
 } // namespace Daemon

@@ -14,14 +14,14 @@ public:
     FilesystemProxy(QObject *parent, const QDBusConnection &connection);
 
     /// getWidgetsDir() -> s: the widgets' folder.
-    QString getWidgetsDir(QDBus::CallMode mode);
+    [[nodiscard]] QString getWidgetsDir(QDBus::CallMode mode);
     /// getAppsDir() -> s: the applications' folder.
-    QString getAppsDir(QDBus::CallMode mode);
+    [[nodiscard]] QString getAppsDir(QDBus::CallMode mode);
     /// getDataDir() -> s: the folder for data.
-    QString getDataDir(QDBus::CallMode mode);
+    [[nodiscard]] QString getDataDir(QDBus::CallMode mode);
     /// getDiskState() -> ay: a JSON object with "total_flash", "free_flash", "total_ram", "free_ram",
     /// each as a qlonglong.
-    QVariantMap getDiskState(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap getDiskState(QDBus::CallMode mode);
 };
 
 } // namespace Daemon

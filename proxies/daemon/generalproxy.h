@@ -50,47 +50,47 @@ public:
     void triggerCheckFirmwareUpdate(QDBus::CallMode mode);
 
     /// remoteId() -> s: the device's id at the developer server.
-    QString remoteId(QDBus::CallMode mode);
+    [[nodiscard]] QString remoteId(QDBus::CallMode mode);
     /// userId() -> s: the owner's id.
-    QString userId(QDBus::CallMode mode);
+    [[nodiscard]] QString userId(QDBus::CallMode mode);
     /// apiKey() -> s: the key that the developer server knows the device by; empty before set-up.
-    QString apiKey(QDBus::CallMode mode);
+    [[nodiscard]] QString apiKey(QDBus::CallMode mode);
     /// serial() -> s: the serial number.
-    QString serial(QDBus::CallMode mode);
+    [[nodiscard]] QString serial(QDBus::CallMode mode);
     /// name() -> s: the device's name.
-    QString name(QDBus::CallMode mode);
+    [[nodiscard]] QString name(QDBus::CallMode mode);
     /// firmwareVersion() -> s: the installed firmware.
-    QString firmwareVersion(QDBus::CallMode mode);
+    [[nodiscard]] QString firmwareVersion(QDBus::CallMode mode);
     /// hardwareVersion() -> s: the hardware's revision.
-    QString hardwareVersion(QDBus::CallMode mode);
+    [[nodiscard]] QString hardwareVersion(QDBus::CallMode mode);
     /// mode() -> s: the present device mode.
-    QString mode(QDBus::CallMode mode);
+    [[nodiscard]] QString mode(QDBus::CallMode mode);
     /// acceptedStatsAgreement() -> s: the accepted agreement on statistics.
-    QString acceptedStatsAgreement(QDBus::CallMode mode);
+    [[nodiscard]] QString acceptedStatsAgreement(QDBus::CallMode mode);
     /// acceptedCrashAgreement() -> s: the accepted agreement on crash reports.
-    QString acceptedCrashAgreement(QDBus::CallMode mode);
+    [[nodiscard]] QString acceptedCrashAgreement(QDBus::CallMode mode);
     /// getLocale() -> s: the locale's name.
-    QString getLocale(QDBus::CallMode mode);
+    [[nodiscard]] QString getLocale(QDBus::CallMode mode);
     /// getTimezoneId() -> s: the time zone's name.
-    QString getTimezoneId(QDBus::CallMode mode);
+    [[nodiscard]] QString getTimezoneId(QDBus::CallMode mode);
     /// firmwareUpdateStatus() -> s: how far an update has come.
-    QString firmwareUpdateStatus(QDBus::CallMode mode);
+    [[nodiscard]] QString firmwareUpdateStatus(QDBus::CallMode mode);
     /// autoSendCrashLogs() -> b: whether crash logs leave the device by themselves.
-    bool autoSendCrashLogs(QDBus::CallMode mode);
+    [[nodiscard]] bool autoSendCrashLogs(QDBus::CallMode mode);
     /// startUpgrade() -> b: begins the pending firmware update; false when there is none.
-    bool startUpgrade(QDBus::CallMode mode);
+    [[nodiscard]] bool startUpgrade(QDBus::CallMode mode);
     /// getTimezoneOffset() -> i: the offset from UTC, in the service's own unit.
-    int getTimezoneOffset(QDBus::CallMode mode);
+    [[nodiscard]] int getTimezoneOffset(QDBus::CallMode mode);
     /// supportedDeviceModes() -> as: the modes to choose from; an error is logged.
-    QStringList supportedDeviceModes(QDBus::CallMode mode);
+    [[nodiscard]] QStringList supportedDeviceModes(QDBus::CallMode mode);
     /// softwareCapabilities() -> as: what the firmware can do; an error is logged.
-    QStringList softwareCapabilities(QDBus::CallMode mode);
+    [[nodiscard]] QStringList softwareCapabilities(QDBus::CallMode mode);
     /// hardwareCapabilities() -> as: what the hardware can do; an error is logged.
-    QStringList hardwareCapabilities(QDBus::CallMode mode);
+    [[nodiscard]] QStringList hardwareCapabilities(QDBus::CallMode mode);
     /// state() -> ay: a JSON object; a missing key leaves its field empty.
-    DeviceState state(QDBus::CallMode mode);
+    [[nodiscard]] DeviceState state(QDBus::CallMode mode);
     /// binCodes() -> a{sv}: the entries exactly as received, nothing inside them decoded.
-    QVariantMap binCodes(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap binCodes(QDBus::CallMode mode);
 
     /// Signal modeChanged(s): the new mode.
     bool connectModeChanged(QObject *receiver, const char *slot);

@@ -14,10 +14,10 @@ public:
     LightSensorProxy(QObject *parent, const QDBusConnection &connection);
 
     /// sensorData() -> d: what the sensor reads; a double on the bus.
-    float sensorData(QDBus::CallMode mode);
+    [[nodiscard]] float sensorData(QDBus::CallMode mode);
 
     /// sensorData() -> d: as the getter of this name.
-    QDBusPendingCall sensorData();
+    [[nodiscard]] QDBusPendingCall sensorData();
 
     /// Signal sensorDataChanged(d): what the sensor reads.
     bool connectSensorDataChanged(QObject *receiver, const char *slot);

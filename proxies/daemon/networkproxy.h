@@ -23,19 +23,19 @@ public:
     void setWifiConfig(const QVariant &config, QDBus::CallMode mode);
 
     /// getWifiApList() -> ay: a JSON array, the access points in reach.
-    QVariantList getWifiApList(QDBus::CallMode mode);
+    [[nodiscard]] QVariantList getWifiApList(QDBus::CallMode mode);
     /// externalIp() -> s: the address by which the internet sees the device.
-    QString externalIp(QDBus::CallMode mode);
+    [[nodiscard]] QString externalIp(QDBus::CallMode mode);
     /// isInternetAvailable() -> b: waits for the service's answer.
-    bool isInternetAvailable(QDBus::CallMode mode);
+    [[nodiscard]] bool isInternetAvailable(QDBus::CallMode mode);
     /// forceTryToRestartWifiConnection() -> b: whether a new attempt was begun.
-    bool forceTryToRestartWifiConnection(QDBus::CallMode mode);
+    [[nodiscard]] bool forceTryToRestartWifiConnection(QDBus::CallMode mode);
     /// getWifiState() -> ay: a JSON object with "available", "active", "mode", "essid", "encryption",
     /// "netmask", "address", "strength".
-    QVariantMap getWifiState(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap getWifiState(QDBus::CallMode mode);
 
     /// isInternetAvailable() -> b: as the getter of this name.
-    QDBusPendingCall isInternetAvailable();
+    [[nodiscard]] QDBusPendingCall isInternetAvailable();
 
     /// Signal networkInterfaceStateChanged(sb): an interface's name and whether it is up.
     bool connectNetworkInterfaceStateChanged(QObject *receiver, const char *slot);

@@ -32,9 +32,9 @@ public:
     void forceUpdateRepository(QDBus::CallMode mode);
 
     /// newVersionApps() -> ay: a JSON object, the applications with a newer version.
-    QVariantMap newVersionApps(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap newVersionApps(QDBus::CallMode mode);
     /// status() -> ay: a JSON array, what is being done.
-    QVariantList status(QDBus::CallMode mode);
+    [[nodiscard]] QVariantList status(QDBus::CallMode mode);
 };
 
 } // namespace Daemon

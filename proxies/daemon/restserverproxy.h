@@ -16,11 +16,11 @@ public:
     void setAuth(const QString &user, const QString &password, QDBus::CallMode mode);
 
     /// baseUrl() -> s: where the server is reached.
-    QString baseUrl(QDBus::CallMode mode);
+    [[nodiscard]] QString baseUrl(QDBus::CallMode mode);
     /// isServerRunning() -> b: whether the server runs.
-    bool isServerRunning(QDBus::CallMode mode);
+    [[nodiscard]] bool isServerRunning(QDBus::CallMode mode);
     /// isSecureConnection() -> b: whether it is reached over TLS.
-    bool isSecureConnection(QDBus::CallMode mode);
+    [[nodiscard]] bool isSecureConnection(QDBus::CallMode mode);
 
     /// Signal restServerDidStart(): the server is up.
     bool connectRestServerDidStart(QObject *receiver, const char *slot);

@@ -28,21 +28,21 @@ public:
     void setScreenSaverModeSettings(const QString &saverMode, const QVariantMap &settings, QDBus::CallMode mode);
 
     /// forceCheckActivator() -> b: looks now whether to start, and tells whether it did.
-    bool forceCheckActivator(QDBus::CallMode mode);
+    [[nodiscard]] bool forceCheckActivator(QDBus::CallMode mode);
     /// isSnoosed() -> b: whether it is put off; spelled so on the bus.
-    bool isSnoosed(QDBus::CallMode mode);
+    [[nodiscard]] bool isSnoosed(QDBus::CallMode mode);
     /// isEnabled() -> b: whether it may start at all.
-    bool isEnabled(QDBus::CallMode mode);
+    [[nodiscard]] bool isEnabled(QDBus::CallMode mode);
     /// isActive() -> b: whether it is shown.
-    bool isActive(QDBus::CallMode mode);
+    [[nodiscard]] bool isActive(QDBus::CallMode mode);
     /// screenSaverWidget() -> s: the widget that it shows.
-    QString screenSaverWidget(QDBus::CallMode mode);
+    [[nodiscard]] QString screenSaverWidget(QDBus::CallMode mode);
     /// screenSaverModesList() -> as: the modes' names.
-    QStringList screenSaverModesList(QDBus::CallMode mode);
+    [[nodiscard]] QStringList screenSaverModesList(QDBus::CallMode mode);
     /// screenSaverModeSettings(s) -> a{sv}: one mode's settings, read with parseDBusMap().
-    QVariantMap screenSaverModeSettings(const QString &saverMode, QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap screenSaverModeSettings(const QString &saverMode, QDBus::CallMode mode);
     /// screenSaverModesSettings() -> a{sv}: every mode's settings, read with parseDBusMap().
-    QVariantMap screenSaverModesSettings(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap screenSaverModesSettings(QDBus::CallMode mode);
 
     /// Signal screenSaverWidgetChanged(s): the new widget's id.
     bool connectScreenSaverWidgetChanged(QObject *receiver, const char *slot);

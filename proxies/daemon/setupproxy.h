@@ -26,13 +26,13 @@ public:
     void networkConfigReceived(const QVariant &config, QDBus::CallMode mode);
 
     /// setupStatus() -> i: the number of the step.
-    int setupStatus(QDBus::CallMode mode);
+    [[nodiscard]] int setupStatus(QDBus::CallMode mode);
     /// setupConfirmation() -> s: what the owner has to confirm.
-    QString setupConfirmation(QDBus::CallMode mode);
+    [[nodiscard]] QString setupConfirmation(QDBus::CallMode mode);
     /// state() -> s: the name of the step.
-    QString state(QDBus::CallMode mode);
+    [[nodiscard]] QString state(QDBus::CallMode mode);
     /// setupInProgress() -> b: whether a set-up has begun and not ended.
-    bool setupInProgress(QDBus::CallMode mode);
+    [[nodiscard]] bool setupInProgress(QDBus::CallMode mode);
 
     /// Signal setupStateChanged(s): the name of the step.
     bool connectSetupStateChanged(QObject *receiver, const char *slot);

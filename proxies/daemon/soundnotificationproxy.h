@@ -19,15 +19,15 @@ public:
     void playSoundNotification(const QString &category, const QString &name, QDBus::CallMode mode);
 
     /// listOfSoundCategories() -> as: the categories.
-    QStringList listOfSoundCategories(QDBus::CallMode mode);
+    [[nodiscard]] QStringList listOfSoundCategories(QDBus::CallMode mode);
     /// isPlaying() -> b: whether a sound is heard.
-    bool isPlaying(QDBus::CallMode mode);
+    [[nodiscard]] bool isPlaying(QDBus::CallMode mode);
     /// soundExists(ss) -> b: whether there is such a sound.
-    bool soundExists(const QString &category, const QString &name, QDBus::CallMode mode);
+    [[nodiscard]] bool soundExists(const QString &category, const QString &name, QDBus::CallMode mode);
     /// listOfNotificationsWithCategory(s) -> as: the names of a category's sounds.
-    QStringList listOfNotificationsWithCategory(const QString &category, QDBus::CallMode mode);
+    [[nodiscard]] QStringList listOfNotificationsWithCategory(const QString &category, QDBus::CallMode mode);
     /// pathToNotification(ss) -> s: the file of a sound.
-    QString pathToNotification(const QString &category, const QString &name, QDBus::CallMode mode);
+    [[nodiscard]] QString pathToNotification(const QString &category, const QString &name, QDBus::CallMode mode);
 };
 
 } // namespace Daemon

@@ -25,13 +25,13 @@ public:
     void SkipToPrev(QDBus::CallMode mode);
 
     /// PlaybackState() -> s: whether it plays or pauses.
-    QString PlaybackState(QDBus::CallMode mode);
+    [[nodiscard]] QString PlaybackState(QDBus::CallMode mode);
     /// IsActive() -> b: whether the device is the player's present output.
-    bool IsActive(QDBus::CallMode mode);
+    [[nodiscard]] bool IsActive(QDBus::CallMode mode);
     /// Metadata() -> a{sv}: the present track, read with parseDBusMap().
-    QVariantMap Metadata(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap Metadata(QDBus::CallMode mode);
     /// Whether the interface's last error is none: no call has failed, or the last one has not. Sends nothing.
-    bool lastCallSucceeded() const;
+    [[nodiscard]] bool lastCallSucceeded() const;
 
     /// Signal PlaybackStateChanged(s): whether it plays or pauses.
     bool connectPlaybackStateChanged(QObject *receiver, const char *slot);

@@ -23,15 +23,15 @@ public:
     void setCurrentScrollTypeAndParams(const QString &type, const QVariantMap &parameters, QDBus::CallMode mode);
 
     /// scrollSpeedForType(s) -> d: how fast a type scrolls.
-    double scrollSpeedForType(const QString &type, QDBus::CallMode mode);
+    [[nodiscard]] double scrollSpeedForType(const QString &type, QDBus::CallMode mode);
     /// currentScrollType() -> s: how the display scrolls.
-    QString currentScrollType(QDBus::CallMode mode);
+    [[nodiscard]] QString currentScrollType(QDBus::CallMode mode);
     /// currentScrollTypeInfo() -> a{sv}: read with parseDBusMap().
-    QVariantMap currentScrollTypeInfo(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap currentScrollTypeInfo(QDBus::CallMode mode);
     /// scrollTypeInfo(s) -> a{sv}: read with parseDBusMap().
-    QVariantMap scrollTypeInfo(const QString &type, QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap scrollTypeInfo(const QString &type, QDBus::CallMode mode);
     /// scrollTypeInfos() -> av: read with parseDBusList().
-    QVariantList scrollTypeInfos(QDBus::CallMode mode);
+    [[nodiscard]] QVariantList scrollTypeInfos(QDBus::CallMode mode);
 
     /// Signal currentScrollTypeChanged(s): the new type.
     bool connectCurrentScrollTypeChanged(QObject *receiver, const char *slot);

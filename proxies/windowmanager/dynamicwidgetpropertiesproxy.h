@@ -23,9 +23,9 @@ public:
     void updateProperty(const QString &widgetId, const QString &property, const QVariant &data, QDBus::CallMode mode);
 
     /// valueForWidgetProperty(ss) -> ay: any JSON value.
-    QVariant valueForWidgetProperty(const QString &widgetId, const QString &property, QDBus::CallMode mode);
+    [[nodiscard]] QVariant valueForWidgetProperty(const QString &widgetId, const QString &property, QDBus::CallMode mode);
     /// allPropertiesForWidget(s) -> ay: a JSON object, the values by their properties' names.
-    QVariantMap allPropertiesForWidget(const QString &widgetId, QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap allPropertiesForWidget(const QString &widgetId, QDBus::CallMode mode);
 };
 
 } // namespace WindowManager

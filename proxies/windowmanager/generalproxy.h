@@ -71,78 +71,78 @@ public:
     void renewUserInteractionBlock(QDBus::CallMode mode);
 
     /// setWidgetSettings(say) -> b: whether the JSON object was taken as the widget's settings.
-    bool setWidgetSettings(const QString &widgetId, const QVariant &settings, QDBus::CallMode mode);
+    [[nodiscard]] bool setWidgetSettings(const QString &widgetId, const QVariant &settings, QDBus::CallMode mode);
     /// appInfo(s) -> ay: a JSON object.
-    QVariantMap appInfo(const QString &appId, QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap appInfo(const QString &appId, QDBus::CallMode mode);
     /// widgetInfo(s) -> ay: a JSON object.
-    QVariantMap widgetInfo(const QString &widgetId, QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap widgetInfo(const QString &widgetId, QDBus::CallMode mode);
     /// shortWidgetInfo(s) -> ay: a JSON object.
-    QVariantMap shortWidgetInfo(const QString &widgetId, QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap shortWidgetInfo(const QString &widgetId, QDBus::CallMode mode);
     /// appSettings(s) -> ay: a JSON object.
-    QVariantMap appSettings(const QString &appId, QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap appSettings(const QString &appId, QDBus::CallMode mode);
     /// widgetSettings(s) -> ay: a JSON object.
-    QVariantMap widgetSettings(const QString &widgetId, QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap widgetSettings(const QString &widgetId, QDBus::CallMode mode);
     /// appSettingsDescr(s) -> ay: a JSON array, what can be set.
-    QVariantList appSettingsDescr(const QString &appId, QDBus::CallMode mode);
+    [[nodiscard]] QVariantList appSettingsDescr(const QString &appId, QDBus::CallMode mode);
     /// widgetSettingsDescr(s) -> ay: a JSON array, what can be set.
-    QVariantList widgetSettingsDescr(const QString &widgetId, QDBus::CallMode mode);
+    [[nodiscard]] QVariantList widgetSettingsDescr(const QString &widgetId, QDBus::CallMode mode);
     /// widgetWorkingDir(s) -> s: the widget's folder.
-    QString widgetWorkingDir(const QString &widgetId, QDBus::CallMode mode);
+    [[nodiscard]] QString widgetWorkingDir(const QString &widgetId, QDBus::CallMode mode);
     /// appWorkingDir(s) -> s: the application's folder.
-    QString appWorkingDir(const QString &appId, QDBus::CallMode mode);
+    [[nodiscard]] QString appWorkingDir(const QString &appId, QDBus::CallMode mode);
     /// activeWidget() -> s: the id of the widget on the display.
-    QString activeWidget(QDBus::CallMode mode);
+    [[nodiscard]] QString activeWidget(QDBus::CallMode mode);
     /// widgetsForPkg(s) -> as: the widgets of one package.
-    QStringList widgetsForPkg(const QString &packageName, QDBus::CallMode mode);
+    [[nodiscard]] QStringList widgetsForPkg(const QString &packageName, QDBus::CallMode mode);
     /// getWidgetOrdering() -> as: widget ids, first to last.
-    QStringList getWidgetOrdering(QDBus::CallMode mode);
+    [[nodiscard]] QStringList getWidgetOrdering(QDBus::CallMode mode);
     /// listOfRunningApps() -> as: application ids.
-    QStringList listOfRunningApps(QDBus::CallMode mode);
+    [[nodiscard]] QStringList listOfRunningApps(QDBus::CallMode mode);
     /// listOfRunningWidgets() -> as: widget ids.
-    QStringList listOfRunningWidgets(QDBus::CallMode mode);
+    [[nodiscard]] QStringList listOfRunningWidgets(QDBus::CallMode mode);
     /// listOfInstalledWidgets() -> as: widget ids.
-    QStringList listOfInstalledWidgets(QDBus::CallMode mode);
+    [[nodiscard]] QStringList listOfInstalledWidgets(QDBus::CallMode mode);
     /// listOfInstalledApps() -> as: application ids.
-    QStringList listOfInstalledApps(QDBus::CallMode mode);
+    [[nodiscard]] QStringList listOfInstalledApps(QDBus::CallMode mode);
     /// listOfInstalledSysApps() -> as: ids of applications that belong to the firmware.
-    QStringList listOfInstalledSysApps(QDBus::CallMode mode);
+    [[nodiscard]] QStringList listOfInstalledSysApps(QDBus::CallMode mode);
     /// listOfPreinstalledApps() -> as: ids of applications that came with the device.
-    QStringList listOfPreinstalledApps(QDBus::CallMode mode);
+    [[nodiscard]] QStringList listOfPreinstalledApps(QDBus::CallMode mode);
     /// widgetListForAction(s) -> as: the widgets that offer a remote action.
-    QStringList widgetListForAction(const QString &action, QDBus::CallMode mode);
+    [[nodiscard]] QStringList widgetListForAction(const QString &action, QDBus::CallMode mode);
     /// invokeRemoteAction(ssa{sv}) -> x: the id of the action begun.
-    qlonglong invokeRemoteAction(const QString &widgetId, const QString &action, const QVariantMap &parameters, QDBus::CallMode mode);
+    [[nodiscard]] qlonglong invokeRemoteAction(const QString &widgetId, const QString &action, const QVariantMap &parameters, QDBus::CallMode mode);
     /// widgetModesInfo(s) -> a{sv}: read with parseDBusMap().
-    QVariantMap widgetModesInfo(const QString &widgetId, QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap widgetModesInfo(const QString &widgetId, QDBus::CallMode mode);
     /// globalModeInfo(s) -> a{sv}: read with parseDBusMap().
-    QVariantMap globalModeInfo(const QString &widgetMode, QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap globalModeInfo(const QString &widgetMode, QDBus::CallMode mode);
     /// widgetModeInfo(ss) -> a{sv}: read with parseDBusMap().
-    QVariantMap widgetModeInfo(const QString &widgetId, const QString &widgetMode, QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap widgetModeInfo(const QString &widgetId, const QString &widgetMode, QDBus::CallMode mode);
     /// serviceInfo(s) -> ay: a JSON object; an error is logged.
-    QVariantMap serviceInfo(const QString &service, QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap serviceInfo(const QString &service, QDBus::CallMode mode);
     /// listOfInstalledSystemServices() -> as: service names; an error is logged.
-    QStringList listOfInstalledSystemServices(QDBus::CallMode mode);
+    [[nodiscard]] QStringList listOfInstalledSystemServices(QDBus::CallMode mode);
 
     /// appInfo(s) -> ay: a JSON object.
-    QDBusPendingCall appInfo(const QString &appId);
+    [[nodiscard]] QDBusPendingCall appInfo(const QString &appId);
     /// widgetInfo(s) -> ay: a JSON object.
-    QDBusPendingCall widgetInfo(const QString &widgetId);
+    [[nodiscard]] QDBusPendingCall widgetInfo(const QString &widgetId);
     /// shortWidgetInfo(s) -> ay: a JSON object.
-    QDBusPendingCall shortWidgetInfo(const QString &widgetId);
+    [[nodiscard]] QDBusPendingCall shortWidgetInfo(const QString &widgetId);
     /// listOfInstalledApps() -> as: as the getter of this name.
-    QDBusPendingCall listOfInstalledApps();
+    [[nodiscard]] QDBusPendingCall listOfInstalledApps();
     /// widgetsForPkg(s) -> as: as the getter of this name.
-    QDBusPendingCall widgetsForPkg(const QString &packageName);
+    [[nodiscard]] QDBusPendingCall widgetsForPkg(const QString &packageName);
     /// sendRemoteEvent(sa{sv}): an event for whoever subscribed.
-    QDBusPendingCall sendRemoteEvent(const QString &event, const QVariantMap &parameters);
+    [[nodiscard]] QDBusPendingCall sendRemoteEvent(const QString &event, const QVariantMap &parameters);
     /// lockAutoscroll(s): as the command of this name.
-    QDBusPendingCall lockAutoscroll(const QString &owner);
+    [[nodiscard]] QDBusPendingCall lockAutoscroll(const QString &owner);
     /// unlockAutoscroll(s): as the command of this name.
-    QDBusPendingCall unlockAutoscroll(const QString &owner);
+    [[nodiscard]] QDBusPendingCall unlockAutoscroll(const QString &owner);
     /// subscribeForEvents(sas): events that a widget wants.
-    QDBusPendingCall subscribeForEvents(const QString &widgetId, const QStringList &events);
+    [[nodiscard]] QDBusPendingCall subscribeForEvents(const QString &widgetId, const QStringList &events);
     /// unsubscribeFromEvents(sas): takes back subscribeForEvents().
-    QDBusPendingCall unsubscribeFromEvents(const QString &widgetId, const QStringList &events);
+    [[nodiscard]] QDBusPendingCall unsubscribeFromEvents(const QString &widgetId, const QStringList &events);
 
     /// Signal windowServerDidStarted(): the service is up again, spelled so on the bus.
     bool connectWindowServerDidStarted(QObject *receiver, const char *slot);

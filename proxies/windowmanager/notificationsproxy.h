@@ -24,23 +24,23 @@ public:
     void updateRemoteNotificationWithId(const QString &id, const QVariantMap &notification, QDBus::CallMode mode);
 
     /// listOfQueuedNotificationIds() -> as: the ids of those that wait.
-    QStringList listOfQueuedNotificationIds(QDBus::CallMode mode);
+    [[nodiscard]] QStringList listOfQueuedNotificationIds(QDBus::CallMode mode);
     /// listOfDismissedNotificationIds() -> as: the ids of those that were dismissed.
-    QStringList listOfDismissedNotificationIds(QDBus::CallMode mode);
+    [[nodiscard]] QStringList listOfDismissedNotificationIds(QDBus::CallMode mode);
     /// addNewNotification(a{sv}) -> s: the id that it was given.
-    QString addNewNotification(const QVariantMap &notification, QDBus::CallMode mode);
+    [[nodiscard]] QString addNewNotification(const QVariantMap &notification, QDBus::CallMode mode);
     /// listOfQueuedNotifications() -> av: read with parseDBusList().
-    QVariantList listOfQueuedNotifications(QDBus::CallMode mode);
+    [[nodiscard]] QVariantList listOfQueuedNotifications(QDBus::CallMode mode);
     /// listOfDismissedNotifications() -> av: read with parseDBusList().
-    QVariantList listOfDismissedNotifications(QDBus::CallMode mode);
+    [[nodiscard]] QVariantList listOfDismissedNotifications(QDBus::CallMode mode);
     /// currentNotification() -> a{sv}: the one on the display, read with parseDBusMap().
-    QVariantMap currentNotification(QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap currentNotification(QDBus::CallMode mode);
     /// queuedNotificationForId(s) -> a{sv}: read with parseDBusMap().
-    QVariantMap queuedNotificationForId(const QString &id, QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap queuedNotificationForId(const QString &id, QDBus::CallMode mode);
     /// dismissedNotificationForId(s) -> a{sv}: read with parseDBusMap().
-    QVariantMap dismissedNotificationForId(const QString &id, QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap dismissedNotificationForId(const QString &id, QDBus::CallMode mode);
     /// notifcationFroId(s) -> a{sv}: waiting or dismissed, read with parseDBusMap(); spelled so on the bus.
-    QVariantMap notifcationFroId(const QString &id, QDBus::CallMode mode);
+    [[nodiscard]] QVariantMap notifcationFroId(const QString &id, QDBus::CallMode mode);
 
     /// Signal notificationRemoved(s): the notification's id.
     bool connectNotificationRemoved(QObject *receiver, const char *slot);

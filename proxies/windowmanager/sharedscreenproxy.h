@@ -22,7 +22,7 @@ public:
     void setCurrentPrivilegedApp(const QString &appId, QDBus::CallMode mode);
 
     /// scanRate() -> i: the present scan rate.
-    int scanRate(QDBus::CallMode mode);
+    [[nodiscard]] int scanRate(QDBus::CallMode mode);
 };
 
 } // namespace WindowManager
