@@ -23,11 +23,15 @@ public:
     void unsubscribeOnApplicationUpdate(const QString &appId, const QString &channel, QDBus::CallMode mode);
     /// sendDataToChannel(say): text, sent as UTF-8 in the interface's default mode, which waits for the reply.
     void sendDataToChannel(const QString &channel, const QString &text);
+    /// The same for a literal: sendDataToChannel(channel, u"text").
+    void sendDataToChannel(const QString &channel, const char16_t *text) { sendDataToChannel(channel, QString::fromUtf16(text)); }
     /// subscribeOnChannelUpdate(s): wants the updates of a channel.
     void subscribeOnChannelUpdate(const QString &channel, QDBus::CallMode mode);
 
     /// sendDataToChannel(say): any bytes.
-    QDBusPendingCall sendDataToChannel(const QString &channel, const QByteArray &data);
+    [[nodiscard]] QDBusPendingCall sendDataToChannel(const QString &channel, const QByteArray &data);
+    /// The same for a literal: sendDataToChannel(channel, "bytes"). It ends at its first zero byte.
+    [[nodiscard]] QDBusPendingCall sendDataToChannel(const QString &channel, const char *data) { return sendDataToChannel(channel, QByteArray(data)); }
 
     /// Signal mqttClientDidStart(): the service is up again.
     bool connectMqttClientDidStart(QObject *receiver, const char *slot);

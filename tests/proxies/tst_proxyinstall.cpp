@@ -89,7 +89,8 @@ void TestProxyInstall::initTestCase()
 
     QVERIFY(bus.start());
     fake = std::make_unique<FakeService>(
-        bus.address(), QStringList{QStringLiteral("vorlet.daemon"), QStringLiteral("widget.manager")});
+        bus.address(), QStringList{QStringLiteral("vorlet.daemon"), QStringLiteral("widget.manager"),
+                                   QStringLiteral("vorlet.mqtt.client")});
     QVERIFY(fake->isRunning());
 }
 
@@ -128,10 +129,12 @@ void TestProxyInstall::runConsumer(const QString &program)
     }
     QCOMPARE(output, QByteArray("serial: \nwidget mode: Night\nplayer: failed\nconversion: text\nwaiting\n"));
     const QList<RecordedCall> calls = fake->takeCalls();
-    QCOMPARE(calls.size(), 2);
+    QCOMPARE(calls.size(), 4);
     QCOMPARE(calls.first().path + calls.first().interface + calls.first().member,
              QStringLiteral("/generalcom.vorlet.daemon.generalserial"));
-    QCOMPARE(calls.last().arguments, (QVariantList{QStringLiteral("w1"), QStringLiteral("night")}));
+    QCOMPARE(calls.at(1).arguments, (QVariantList{QStringLiteral("w1"), QStringLiteral("night")}));
+    QCOMPARE(calls.at(2).arguments, (QVariantList{QStringLiteral("text"), QByteArray("\xc3\xa9")}));
+    QCOMPARE(calls.at(3).arguments, (QVariantList{QStringLiteral("bytes"), QByteArray("\xff")}));
 
     QVERIFY(fake->sendSignal(QStringLiteral("vorlet.daemon"), QStringLiteral("/general"),
                              QStringLiteral("com.vorlet.daemon.general"), QStringLiteral("nameChanged"), {}));

@@ -19,13 +19,14 @@ void say(const QString &line)
 
 } // namespace
 
-// Asks one question of each of three services, then ends with the first change of the device's name.
+// Asks one question of each of three services, sends two messages, then ends with the first change of the device's name.
 int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
     const QDBusConnection bus = QDBusConnection::systemBus();
     Daemon::GeneralProxy general(&application, bus);
     WindowManager::GeneralProxy windows(&application, bus);
+    MQTTClient::GeneralProxy messages(&application, bus);
     Spotify::ClientProxy player(&application, bus);
 
     say(QStringLiteral("serial: ") + general.serial(QDBus::Block));
@@ -37,6 +38,8 @@ int main(int argc, char *argv[])
     say(QStringLiteral("player: ") + playback +
         (player.lastCallSucceeded() ? QStringLiteral("answered") : QStringLiteral("failed")));
     say(QStringLiteral("conversion: ") + convertDBusVariant(QStringLiteral("text")).toString());
+    messages.sendDataToChannel(QStringLiteral("text"), u"\u00e9");
+    messages.sendDataToChannel(QStringLiteral("bytes"), "\xff").waitForFinished();
     if (!general.connectNameChanged(&application, SLOT(quit()))) {
         return 1;
     }
