@@ -1,6 +1,7 @@
 #pragma once
 
-#include "httpexchange.h"
+#include "httpanswer.h"
+#include "httprequest.h"
 
 #include <QList>
 #include <QMap>
@@ -16,7 +17,7 @@ struct ServerApplication {
 };
 
 /// The developer server's apps endpoint without the network: checks a request strictly, changes the records
-/// and makes the answer. Not for several threads at once; its owner sees to that.
+/// and makes the answer.
 class AppsEndpoint
 {
 public:

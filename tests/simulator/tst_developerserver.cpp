@@ -1,6 +1,7 @@
 #include "certificates.h"
 #include "developerserver.h"
 #include "httpsclient.h"
+#include "servewhile.h"
 
 #include <QtTest>
 
@@ -63,7 +64,7 @@ private Q_SLOTS:
     void script_answersInPlaceOfTheServer();
     void concurrentRequests_areCounted();
     void requestsOneAfterTheOther_doNotOverlap();
-    void answeredSignal_comesOnTheOwnersThread();
+    void answeredSignal_tellsTheAnswer();
     void stopWithAHeldAnswer_isPrompt();
     void stopWithSilentConnections_isPrompt();
     void recordsBehindTheDevicesBack_areSeen();
@@ -389,11 +390,11 @@ void TestDeveloperServer::delay_holdsTheAnswerBack()
 void TestDeveloperServer::clearingFaults_releasesAHeldAnswer()
 {
     server->failNext(1, ServerFault::withDelay(60000));
-    QSignalSpy held(server.get(), &DeveloperServer::held);
-    std::future<HttpsClient::Result> answer = std::async(std::launch::async, [this] { return send("GET"); });
-    QTRY_COMPARE(held.count(), 1);
-    server->clearFaults();
-    QCOMPARE(answer.get().status, 200);
+    connect(server.get(), &DeveloperServer::held, server.get(), &DeveloperServer::clearFaults);
+
+    const HttpsClient::Result result = send("GET");
+
+    QCOMPARE(result.status, 200);
 }
 
 void TestDeveloperServer::script_answersInPlaceOfTheServer()
@@ -419,24 +420,34 @@ void TestDeveloperServer::script_answersInPlaceOfTheServer()
 
 void TestDeveloperServer::concurrentRequests_areCounted()
 {
-    server->failNext(3, ServerFault::withDelay(60000));
+    constexpr int count = 3;
+    server->failNext(count, ServerFault::withDelay(60000));
     QSignalSpy held(server.get(), &DeveloperServer::held);
-    std::vector<std::future<int>> answers;
-    for (int number = 0; number < 3; ++number) {
-        answers.push_back(std::async(std::launch::async, [address = url()] {
-            return HttpsClient(Certificates::shared().authority().toUtf8())
-                .send("GET", address, usual)
-                .status;
-        }));
-    }
-    QTRY_COMPARE(held.count(), 3);
-    server->clearFaults();
-    for (std::future<int> &answer : answers) {
-        QCOMPARE(answer.get(), 200);
-    }
-    QCOMPARE(server->maximumConcurrent(), 3);
+    connect(server.get(), &DeveloperServer::held, server.get(), [&] {
+        if (held.count() == count) {
+            server->clearFaults();
+        }
+    });
+
+    std::vector<int> statuses;
+    serveWhile([&statuses, address = url()] {
+        std::vector<std::future<int>> answers;
+        for (int number = 0; number < count; ++number) {
+            answers.push_back(std::async(std::launch::async, [address] {
+                return HttpsClient(Certificates::shared().authority().toUtf8())
+                    .send("GET", address, usual)
+                    .status;
+            }));
+        }
+        for (std::future<int> &answer : answers) {
+            statuses.push_back(answer.get());
+        }
+    });
+
+    QCOMPARE(statuses, std::vector<int>(count, 200));
+    QCOMPARE(server->maximumConcurrent(), count);
     const QList<HttpRequest> requests = server->requests();
-    for (int index = 0; index < 3; ++index) {
+    for (int index = 0; index < count; ++index) {
         QCOMPARE(requests.at(index).othersInFlight, index);
     }
 }
@@ -450,32 +461,33 @@ void TestDeveloperServer::requestsOneAfterTheOther_doNotOverlap()
     QCOMPARE(server->maximumConcurrent(), 1);
 }
 
-void TestDeveloperServer::answeredSignal_comesOnTheOwnersThread()
+void TestDeveloperServer::answeredSignal_tellsTheAnswer()
 {
-    QThread *deliveredOn = nullptr;
-    HttpRequest seen;
-    connect(server.get(), &DeveloperServer::answered, [&](const HttpRequest &request) {
-        deliveredOn = QThread::currentThread();
-        seen = request;
-    });
+    const QSignalSpy answered(server.get(), &DeveloperServer::answered);
+
     send("GET");
-    QTRY_VERIFY(deliveredOn != nullptr);
-    QCOMPARE(deliveredOn, thread());
-    QCOMPARE(seen.status, 200);
-    QVERIFY(seen.answerBody.contains("apps"));
+
+    QCOMPARE(answered.count(), 1);
+    const HttpRequest request = answered.at(0).at(0).value<HttpRequest>();
+    QCOMPARE(request.status, 200);
+    QVERIFY(request.answerBody.contains("apps"));
+    QVERIFY(request.answeredAtMs >= request.receivedAtMs);
 }
 
 void TestDeveloperServer::stopWithAHeldAnswer_isPrompt()
 {
     server->failNext(1, ServerFault::withDelay(60000));
-    QSignalSpy held(server.get(), &DeveloperServer::held);
-    std::future<HttpsClient::Result> answer = std::async(std::launch::async, [this] { return send("GET"); });
-    QTRY_COMPARE(held.count(), 1);
     QElapsedTimer elapsed;
-    elapsed.start();
-    server->stop();
+    connect(server.get(), &DeveloperServer::held, server.get(), [&] {
+        elapsed.start();
+        server->stop();
+    });
+
+    const HttpsClient::Result result = send("GET");
+
+    QVERIFY(result.code != 0);
     QVERIFY2(elapsed.elapsed() < promptMs, qPrintable(QString::number(elapsed.elapsed())));
-    QVERIFY(answer.get().code != 0);
+    QCOMPARE(server->requests().at(0).status, 0);
 }
 
 void TestDeveloperServer::stopWithSilentConnections_isPrompt()

@@ -1,0 +1,72 @@
+#include "httpanswer.h"
+
+namespace
+{
+constexpr int chunkSize = 7;
+
+bool mayHaveBody(int status)
+{
+    return status >= 200 && status != 204 && status != 304;
+}
+
+QByteArray inChunks(const QByteArray &body)
+{
+    QByteArray text;
+    for (int start = 0; start < body.size(); start += chunkSize) {
+        const QByteArray chunk = body.mid(start, chunkSize);
+        text += QByteArray::number(chunk.size(), 16) + "\r\n" + chunk + "\r\n";
+    }
+    return text + "0\r\n\r\n";
+}
+
+QByteArray wholeTextOf(const HttpAnswer &answer)
+{
+    if (!answer.wholeText.isEmpty() || answer.isNothing()) {
+        return answer.wholeText;
+    }
+    QByteArray head =
+        "HTTP/1.1 " + QByteArray::number(answer.status) + (answer.status < 400 ? " OK" : " Refused");
+    if (!mayHaveBody(answer.status)) {
+        return head + "\r\n\r\n";
+    }
+    head += "\r\nContent-Type: " + answer.contentType;
+    switch (answer.framing) {
+    case HttpAnswer::Framing::Chunked:
+        return head + "\r\nTransfer-Encoding: chunked\r\n\r\n" + inChunks(answer.body);
+    case HttpAnswer::Framing::Endless:
+        return head + "\r\n\r\n" + answer.body;
+    case HttpAnswer::Framing::WithLength:
+        break;
+    }
+    return head + "\r\nContent-Length: " + QByteArray::number(answer.body.size()) + "\r\n\r\n" + answer.body;
+}
+} // namespace
+
+HttpAnswer HttpAnswer::exactly(const QByteArray &text)
+{
+    HttpAnswer answer;
+    answer.status = text.mid(static_cast<int>(text.indexOf(' ')) + 1, 3).toInt();
+    answer.wholeText = text;
+    answer.ending = Ending::Close;
+    return answer;
+}
+
+HttpAnswer HttpAnswer::nothing(Ending ending)
+{
+    HttpAnswer answer;
+    answer.status = 0;
+    answer.ending = ending;
+    return answer;
+}
+
+bool HttpAnswer::isNothing() const
+{
+    return status == 0 && wholeText.isEmpty();
+}
+
+QByteArray HttpAnswer::text() const
+{
+    QByteArray bytes = wholeTextOf(*this);
+    bytes.chop(missingBytes);
+    return bytes;
+}

@@ -1,0 +1,132 @@
+#include "httpconnection.h"
+
+#include <QSslSocket>
+
+#include <sys/socket.h>
+
+namespace
+{
+// An endless answer grows by this much at a time.
+constexpr int repeatedSize = 64 * 1024;
+} // namespace
+
+HttpConnection::HttpConnection(QTcpSocket *socket_, QObject *parent)
+    : QObject(parent)
+    , socket(socket_)
+{
+    socket->setParent(this);
+    connect(socket, &QTcpSocket::readyRead, this, &HttpConnection::readWhatIsThere);
+    connect(socket, &QTcpSocket::disconnected, this, &HttpConnection::closed);
+    auto *const tls = qobject_cast<QSslSocket *>(socket);
+    if (tls == nullptr) {
+        connect(socket, &QTcpSocket::bytesWritten, this, &HttpConnection::goOn);
+    } else {
+        // What is written is still to be encrypted; only what is encrypted can be sent.
+        connect(tls, &QSslSocket::encryptedBytesWritten, this, &HttpConnection::goOn);
+        connect(tls, &QSslSocket::errorOccurred, this, &HttpConnection::checkHandshake);
+    }
+}
+
+HttpConnection::~HttpConnection()
+{
+    // A socket that closes late tells nobody any more.
+    socket->disconnect(this);
+}
+
+void HttpConnection::send(const HttpAnswer &answer)
+{
+    ending = answer.ending;
+    isAwaitingAnswer = false;
+    isSending = true;
+    repeated.clear();
+    if (answer.framing == HttpAnswer::Framing::Endless) {
+        const QByteArray block = answer.body.isEmpty() ? QByteArray(1, ' ') : answer.body;
+        repeated = block.repeated(repeatedSize / static_cast<int>(block.size()) + 1);
+    }
+    socket->write(answer.text());
+    goOn();
+}
+
+void HttpConnection::cutOff()
+{
+    endAs(HttpAnswer::Ending::CutOff);
+}
+
+void HttpConnection::checkHandshake()
+{
+    const auto *const tls = qobject_cast<const QSslSocket *>(socket);
+    if (tls->isEncrypted() || hasFailed) {
+        return;
+    }
+    hasFailed = true;
+    const QString reason = tls->errorString();
+    cutOff();
+    Q_EMIT handshakeFailed(reason);
+}
+
+void HttpConnection::readWhatIsThere()
+{
+    reader.add(socket->readAll());
+    takeRequest();
+}
+
+void HttpConnection::takeRequest()
+{
+    if (isAwaitingAnswer || isSending) {
+        return;
+    }
+    if (const std::optional<HttpRequest> request = reader.take()) {
+        isAwaitingAnswer = true;
+        HttpRequest whole = *request;
+        whole.remotePort = socket->peerPort();
+        Q_EMIT received(whole);
+    } else if (reader.isMalformed()) {
+        send(HttpAnswer::exactly(
+            "HTTP/1.1 400 Bad Request\r\nContent-Length: 0\r\nConnection: close\r\n\r\n"));
+    }
+}
+
+void HttpConnection::goOn()
+{
+    if (!isSending || !isAllSent()) {
+        return;
+    }
+    if (!repeated.isEmpty()) {
+        socket->write(repeated);
+        return;
+    }
+    isSending = false;
+    endAs(ending);
+}
+
+bool HttpConnection::isAllSent() const
+{
+    const auto *const tls = qobject_cast<const QSslSocket *>(socket);
+    return socket->bytesToWrite() == 0 && (tls == nullptr || tls->encryptedBytesToWrite() == 0);
+}
+
+void HttpConnection::endAs(HttpAnswer::Ending how)
+{
+    switch (how) {
+    case HttpAnswer::Ending::KeepOpen:
+        takeRequest();
+        break;
+    case HttpAnswer::Ending::Close:
+        socket->disconnectFromHost();
+        break;
+    case HttpAnswer::Ending::CutOff:
+        socket->abort();
+        break;
+    case HttpAnswer::Ending::Reset:
+        reset();
+        break;
+    }
+}
+
+void HttpConnection::reset()
+{
+    const linger immediately{1, 0};
+    setsockopt(static_cast<int>(socket->socketDescriptor()), SOL_SOCKET, SO_LINGER, &immediately,
+               sizeof immediately);
+    socket->abort();
+}

@@ -1,0 +1,72 @@
+#pragma once
+
+#include "httpanswer.h"
+#include "httprequest.h"
+
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+/// An HTTP or HTTPS server on 127.0.0.1 that keeps every request as it came, and answers as it is told to:
+/// late, in part, without end, or not at all. It lives in the event loop of the thread that made it; whoever
+/// blocks that thread blocks the server.
+class HttpServer : public QObject
+{
+    Q_OBJECT
+public:
+    /// Asked for an answer to each request; none leaves it to the server.
+    using Script = std::function<std::optional<HttpAnswer>(const HttpRequest &)>;
+
+    explicit HttpServer(QObject *parent = nullptr);
+    ~HttpServer() override;
+
+    /// Listens on @p port, or on any free one when it is 0. False, with errorText(), when the port is taken.
+    bool start(quint16 port = 0);
+    /// The same with TLS; false too when the certificate or its key (PEM files) cannot be read.
+    bool start(const QString &certificatePath, const QString &keyPath, quint16 port = 0);
+    /// Cuts all connections off, those with answers that are held back too; the port is free then. The list
+    /// of requests stays.
+    void stop();
+    bool isRunning() const;
+    QString errorText() const;
+    quint16 port() const;
+    /// "127.0.0.1:PORT"
+    QString host() const;
+    /// "http://127.0.0.1:PORT" or "https://..." with @p path.
+    QString url(const QString &path) const;
+
+    /// The next answer. Several calls line up; they come before the script.
+    void queueAnswer(const HttpAnswer &answer);
+    /// An empty function takes the script away.
+    void setScript(const Script &script);
+    /// Answers that are held back go out at once.
+    void releaseHeldAnswers();
+
+    /// Every request so far, in the order of arrival, those without an answer included.
+    QList<HttpRequest> requests() const;
+    int requestCount() const;
+    void clearRequests();
+    /// The largest number of requests that were waiting for their answers at one time.
+    int maximumConcurrent() const;
+    /// Now, on the clock of the requests' times.
+    static qint64 nowMs();
+
+Q_SIGNALS:
+    /// The answer to this request is held back for @p delayMs.
+    void held(const HttpRequest &request, int delayMs);
+    /// A request was answered, or its connection was closed (status 0).
+    void answered(const HttpRequest &request);
+    /// A client came and no TLS connection came of it.
+    void handshakeFailed(const QString &reason);
+
+protected:
+    /// What is answered when neither queueAnswer() nor the script has an answer: the connection is closed.
+    virtual HttpAnswer ordinaryAnswer(const HttpRequest &request);
+
+private:
+    class Private;
+    std::unique_ptr<Private> d;
+};

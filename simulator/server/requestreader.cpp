@@ -1,0 +1,87 @@
+#include "requestreader.h"
+
+#include <utility>
+
+namespace
+{
+constexpr int largestHead = 256 * 1024;
+const auto endOfHead = QByteArrayLiteral("\r\n\r\n");
+
+bool readRequestLine(const QByteArray &line, HttpRequest &request)
+{
+    const QList<QByteArray> words = line.split(' ');
+    if (words.size() != 3 || words[0].isEmpty() || words[1].isEmpty() || !words[2].startsWith("HTTP/1.")) {
+        return false;
+    }
+    request.method = words[0];
+    request.target = words[1];
+    return true;
+}
+
+bool readHeader(const QByteArray &line, HttpRequest &request)
+{
+    const auto colon = line.indexOf(':');
+    const QByteArray name = line.left(colon);
+    if (colon <= 0 || name.contains(' ') || name.contains('\t')) {
+        return false;
+    }
+    request.headers.append({name, line.mid(colon + 1).trimmed()});
+    return true;
+}
+
+bool readHead(const QByteArray &head, HttpRequest &request)
+{
+    QByteArray lines = head;
+    QList<QByteArray> parts = lines.replace("\r\n", "\n").split('\n');
+    if (!readRequestLine(parts.takeFirst(), request)) {
+        return false;
+    }
+    for (const QByteArray &part : std::as_const(parts)) {
+        if (!readHeader(part, request)) {
+            return false;
+        }
+    }
+    return true;
+}
+
+// The size of the body; below 0 when it cannot be known.
+int bodySize(const HttpRequest &request)
+{
+    const QByteArray length = request.header("Content-Length");
+    if (!request.header("Transfer-Encoding").isEmpty()) {
+        return -1;
+    }
+    bool isNumber = true;
+    const int size = length.isEmpty() ? 0 : length.toInt(&isNumber);
+    return isNumber ? size : -1;
+}
+} // namespace
+
+void RequestReader::add(const QByteArray &bytes)
+{
+    buffer += bytes;
+}
+
+std::optional<HttpRequest> RequestReader::take()
+{
+    const auto headSize = buffer.indexOf(endOfHead);
+    if (malformed || headSize < 0) {
+        malformed = malformed || buffer.size() > largestHead;
+        return std::nullopt;
+    }
+    HttpRequest request;
+    malformed = !readHead(buffer.left(headSize), request) || bodySize(request) < 0;
+    const auto bodyStart = headSize + endOfHead.size();
+    if (malformed || buffer.size() < bodyStart + bodySize(request)) {
+        return std::nullopt;
+    }
+    request.bytes = buffer;
+    request.body = buffer.mid(bodyStart, bodySize(request));
+    buffer.remove(0, bodyStart + request.body.size());
+    return request;
+}
+
+bool RequestReader::isMalformed() const
+{
+    return malformed;
+}
