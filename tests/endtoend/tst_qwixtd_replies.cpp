@@ -1,6 +1,5 @@
 #include "certificates.h"
 #include "deviceundertest.h"
-#include "rawtlsserver.h"
 
 /// What the daemon reads from answers in every shape.
 class TestReplies : public QObject
@@ -39,17 +38,15 @@ DeveloperServer::Script answering(const QByteArray &method, const QByteArray &bo
     };
 }
 
-QByteArray answerText(const QByteArray &status, const QList<QByteArray> &headers, const QByteArray &body)
+DeveloperServer::Script answeringExactly(const QByteArray &status, const QByteArray &header,
+                                         const QByteArray &body)
 {
-    QByteArray text = "HTTP/1.1 " + status + "\r\n";
-    for (const QByteArray &header : headers) {
-        text += header + "\r\n";
-    }
-    return text + "Content-Length: " + QByteArray::number(body.size()) + "\r\nConnection: close\r\n\r\n" +
-           body;
+    const QByteArray text = "HTTP/1.1 " + status + "\r\n" + header +
+                            "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
+    return [text](const HttpRequest &) { return HttpAnswer::exactly(text); };
 }
 
-bool startServer(RawTlsServer &server)
+bool startServer(HttpServer &server)
 {
     return server.start(Certificates::shared().serverCertificate(), Certificates::shared().serverKey());
 }
@@ -191,26 +188,28 @@ void TestReplies::updateAndDeletionReplies_areNotRead()
 void TestReplies::redirect_isFollowed()
 {
     DeviceUnderTest device;
-    RawTlsServer target;
-    RawTlsServer first;
+    HttpServer target;
+    HttpServer first;
     QVERIFY(startServer(target) && startServer(first));
-    target.setAnswer(answerText("200 OK", {}, R"({"app_id":"a1","status":"ok"})"));
+    target.setScript(answeringExactly("200 OK", "X-Any: thing", R"({"app_id":"a1","status":"ok"})"));
     const QByteArray location = "https://" + target.host().toLatin1() + "/elsewhere?list=1";
-    first.setAnswer(answerText("307 Temporary Redirect", {"Location: " + location}, "{}"));
+    first.setScript(answeringExactly("307 Temporary Redirect", "Location: " + location, "{}"));
     device.useServer(first.host());
 
     QVERIFY(device.startAll());
     QVERIFY(device.registerApplication("u1"_text, "Clock"_text, "t"_text));
 
     EVENTUALLY_EQUAL(device.announced(), QStringList({started, "applicationRegistered(u1, a1, t)"_text}));
-    QCOMPARE(first.requests().size(), 2);
-    QCOMPARE(target.requests().size(), 2);
-    QVERIFY(target.requests().at(0).startsWith("GET /elsewhere?list=1 HTTP/1.1\r\n"));
-    QVERIFY(target.requests().at(1).startsWith("POST /elsewhere?list=1 HTTP/1.1\r\n"));
-    QVERIFY(target.requests().at(1).endsWith("\r\n\r\nid=d9&identifier=u1&name=Clock&type=t"));
+    QCOMPARE(first.requestCount(), 2);
+    QCOMPARE(target.requestCount(), 2);
+    const HttpRequest list = target.requests().at(0);
+    const HttpRequest registration = target.requests().at(1);
+    QCOMPARE(list.firstLine(), QByteArray("GET /elsewhere?list=1 HTTP/1.1"));
+    QCOMPARE(registration.firstLine(), QByteArray("POST /elsewhere?list=1 HTTP/1.1"));
+    QVERIFY(registration.bytes.endsWith("\r\n\r\nid=d9&identifier=u1&name=Clock&type=t"));
     // The other server is not the one that the key is for.
-    QVERIFY(!target.requests().at(0).contains("Authorization"));
-    QVERIFY(!target.requests().at(1).contains("Authorization"));
+    QVERIFY(!list.bytes.contains("Authorization"));
+    QVERIFY(!registration.bytes.contains("Authorization"));
 }
 
 void TestReplies::packedReply_isUnpacked_data()
@@ -237,9 +236,9 @@ void TestReplies::packedReply_isUnpacked()
     QFETCH(QByteArray, encoding);
     QFETCH(QByteArray, body);
     DeviceUnderTest device;
-    RawTlsServer server;
+    HttpServer server;
     QVERIFY(startServer(server));
-    server.setAnswer(answerText("200 OK", {"Content-Encoding: " + encoding}, body));
+    server.setScript(answeringExactly("200 OK", "Content-Encoding: " + encoding, body));
     device.useServer(server.host());
 
     QVERIFY(device.startAll());

@@ -1,5 +1,6 @@
+#include "httpserver.h"
 #include "platformcapture.h"
-#include "rawhttpserver.h"
+#include "servewhile.h"
 #include "vfetchtask.h"
 
 #include <QFile>
@@ -10,14 +11,38 @@
 namespace
 {
 
-QByteArray firstLine(const QByteArray &request)
+// Answers once with each of the given texts and closes; then closes without an answer.
+class Server : public HttpServer
 {
-    return request.left(request.indexOf("\r\n"));
+public:
+    Server()
+    {
+        if (!start()) {
+            qFatal("no server to test with: %s", qPrintable(errorText()));
+        }
+    }
+
+    void queueAnswer(const QByteArray &text) { HttpServer::queueAnswer(HttpAnswer::exactly(text)); }
+
+    void queueAnswer(int status, const QByteArray &body)
+    {
+        queueAnswer("HTTP/1.1 " + QByteArray::number(status) +
+                    " Text\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body);
+    }
+
+    QString url(const char *path = "/") const { return HttpServer::url(QString::fromLatin1(path)); }
+};
+
+// The server lives on this thread, so the task runs on another one, as it does in the daemon.
+void run(VFetchTask &task)
+{
+    serveWhile([&task] { task.run(); });
 }
 
-QByteArray bodyOf(const QByteArray &request)
+// All that came behind the head.
+QByteArray bodyOf(const HttpRequest &request)
 {
-    return request.mid(request.indexOf("\r\n\r\n") + 4);
+    return request.bytes.mid(request.bytes.indexOf("\r\n\r\n") + 4);
 }
 
 } // namespace
@@ -54,7 +79,7 @@ void TestTransfer::method_isOnTheWire()
 {
     QFETCH(int, method);
     QFETCH(QByteArray, word);
-    RawHttpServer server;
+    Server server;
     server.queueAnswer(201, "done");
     VFetchTask task(1);
     task.setUrl(server.url("/a/b?c=d"));
@@ -63,35 +88,35 @@ void TestTransfer::method_isOnTheWire()
     task.setHeader(QStringLiteral("X-Mine"), QStringLiteral("yes"));
     task.setPostParams({{QStringLiteral("name"), QStringLiteral("a&b=c%20")}, {QStringLiteral("e"), 1}});
     const QSignalSpy successes(&task, &VFetchTask::success);
-    task.run();
+    run(task);
 
     QCOMPARE(successes.count(), 1);
     QCOMPARE(successes.at(0).at(0).toByteArray(), QByteArray("done"));
     QCOMPARE(task.status(), 201);
-    const QByteArray request = server.requests().constFirst();
-    QCOMPARE(firstLine(request), word + " /a/b?c=d HTTP/1.1");
-    QVERIFY(request.contains("\r\nX-Mine: yes\r\n"));
+    const HttpRequest request = server.requests().constFirst();
+    QCOMPARE(request.firstLine(), word + " /a/b?c=d HTTP/1.1");
+    QVERIFY(request.bytes.contains("\r\nX-Mine: yes\r\n"));
     QCOMPARE(bodyOf(request), QByteArray("e=1&name=a&b=c%20"));
 }
 
 void TestTransfer::emptyPost_goesOutAsOne()
 {
-    RawHttpServer server;
+    Server server;
     server.queueAnswer(200, "");
     VFetchTask task(1);
     task.setUrl(server.url());
     task.setRequestMethod(VFetchTask::Post);
     const QSignalSpy successes(&task, &VFetchTask::success);
-    task.run();
+    run(task);
     QCOMPARE(successes.count(), 1);
-    QCOMPARE(firstLine(server.requests().constFirst()), QByteArray("POST / HTTP/1.1"));
-    QVERIFY(server.requests().constFirst().contains("\r\nContent-Length: 0\r\n"));
+    QCOMPARE(server.requests().constFirst().firstLine(), QByteArray("POST / HTTP/1.1"));
+    QVERIFY(server.requests().constFirst().bytes.contains("\r\nContent-Length: 0\r\n"));
     QCOMPARE(bodyOf(server.requests().constFirst()), QByteArray());
 }
 
 void TestTransfer::largeBody_isSentWhole()
 {
-    RawHttpServer server;
+    Server server;
     const QByteArray answer(300000, 'z');
     server.queueAnswer(200, answer);
     const QString value(100 * 1024, QLatin1Char('v'));
@@ -100,7 +125,7 @@ void TestTransfer::largeBody_isSentWhole()
     task.setRequestMethod(VFetchTask::Put);
     task.setPostParam(QStringLiteral("k"), value);
     const QSignalSpy successes(&task, &VFetchTask::success);
-    task.run();
+    run(task);
     QCOMPARE(successes.count(), 1);
     QCOMPARE(successes.at(0).at(0).toByteArray(), answer);
     QCOMPARE(bodyOf(server.requests().constFirst()), "k=" + value.toLatin1());
@@ -115,7 +140,7 @@ void TestTransfer::form_carriesTextAndFile()
     file.write("content of the file");
     file.close();
 
-    RawHttpServer server;
+    Server server;
     server.queueAnswer(200, "");
     VFetchTask task(1);
     task.setUrl(server.url());
@@ -123,38 +148,38 @@ void TestTransfer::form_carriesTextAndFile()
     task.setFormPart(QStringLiteral("b"), QStringLiteral("text"), QStringLiteral("some text"));
     task.setFormPart(QStringLiteral("a"), QStringLiteral("file"), path);
     task.setFormPart(QStringLiteral("c"), QStringLiteral("other"), QStringLiteral("skipped"));
-    task.run();
+    run(task);
 
     QCOMPARE(task.status(), 200);
-    const QByteArray request = server.requests().constFirst();
-    QVERIFY(request.startsWith("POST / HTTP/1.1\r\n"));
-    QVERIFY(request.contains("Content-Type: multipart/form-data; boundary="));
-    const auto file1 = request.indexOf("name=\"a\"; filename=\"upload.txt\"");
-    const auto text1 = request.indexOf("name=\"b\"\r\n\r\nsome text\r\n");
+    const HttpRequest request = server.requests().constFirst();
+    QVERIFY(request.bytes.startsWith("POST / HTTP/1.1\r\n"));
+    QVERIFY(request.bytes.contains("Content-Type: multipart/form-data; boundary="));
+    const auto file1 = request.bytes.indexOf("name=\"a\"; filename=\"upload.txt\"");
+    const auto text1 = request.bytes.indexOf("name=\"b\"\r\n\r\nsome text\r\n");
     QVERIFY(file1 > 0);
     QVERIFY(text1 > file1); // ascending order of names
-    QVERIFY(request.contains("content of the file"));
-    QVERIFY(!request.contains("skipped"));
+    QVERIFY(request.bytes.contains("content of the file"));
+    QVERIFY(!request.bytes.contains("skipped"));
 }
 
 void TestTransfer::redirect_isFollowed()
 {
-    RawHttpServer server;
+    Server server;
     server.queueAnswer("HTTP/1.1 302 Found\r\nLocation: /there\r\nX: first\r\nContent-Length: 0\r\n"
                        "Connection: close\r\n\r\n");
     server.queueAnswer("HTTP/1.1 200 OK\r\nX: last\r\nContent-Length: 2\r\n\r\nok");
     VFetchTask task(1);
     task.setUrl(server.url("/here"));
     const QSignalSpy successes(&task, &VFetchTask::success);
-    task.run();
+    run(task);
     QCOMPARE(successes.count(), 1);
-    QCOMPARE(firstLine(server.requests().at(1)), QByteArray("GET /there HTTP/1.1"));
+    QCOMPARE(server.requests().at(1).firstLine(), QByteArray("GET /there HTTP/1.1"));
     QCOMPARE(task.responseHeader().allValues(QStringLiteral("x")), QStringList{QStringLiteral("last")});
 
     // A redirect without a place to go is not followed: a failure with its status.
     server.queueAnswer(300, "choose");
     const QSignalSpy failures(&task, &VFetchTask::failure);
-    task.run();
+    run(task);
     QCOMPARE(failures.count(), 1);
     QCOMPARE(failures.at(0).at(0).toInt(), 300);
     QCOMPARE(failures.at(0).at(1).toByteArray(), QByteArray("choose"));
@@ -165,25 +190,25 @@ void TestTransfer::compressedAnswer_isDecoded()
     // "compressed text" as gzip packs it
     static const QByteArray packed =
         QByteArray::fromHex("1f8b08000000000002034bcecf2d284a2d2e4e4d512849ad280100c218d8d80f000000");
-    RawHttpServer server;
+    Server server;
     server.queueAnswer("HTTP/1.1 200 OK\r\nContent-Encoding: gzip\r\nContent-Length: " +
                        QByteArray::number(packed.size()) + "\r\n\r\n" + packed);
     VFetchTask task(1);
     task.setUrl(server.url());
     const QSignalSpy successes(&task, &VFetchTask::success);
-    task.run();
-    QVERIFY(server.requests().constFirst().contains("\r\nAccept-Encoding: "));
+    run(task);
+    QVERIFY(server.requests().constFirst().bytes.contains("\r\nAccept-Encoding: "));
     QCOMPARE(successes.count(), 1);
     QCOMPARE(successes.at(0).at(0).toByteArray(), QByteArray("compressed text"));
 }
 
 void TestTransfer::closedConnection_isATransferError()
 {
-    RawHttpServer server; // no answer queued: it closes
+    Server server; // no answer queued: it closes
     VFetchTask task(1);
     task.setUrl(server.url());
     const QSignalSpy failures(&task, &VFetchTask::failure);
-    task.run();
+    run(task);
     QCOMPARE(failures.count(), 1);
     QCOMPARE(failures.at(0).at(0).toInt(), 52);
     QCOMPARE(failures.at(0).at(1).toByteArray(), QByteArray());
@@ -196,7 +221,7 @@ void TestTransfer::unresolvedHost_isCodeSix()
     task.setUrl(QStringLiteral("http://no-such-host.invalid/"));
     const QSignalSpy failures(&task, &VFetchTask::failure);
     PlatformCapture::clear();
-    task.run();
+    run(task);
     QCOMPARE(failures.count(), 1);
     QCOMPARE(failures.at(0).at(0).toInt(), 6);
     QVERIFY(PlatformCapture::texts(6).constFirst().startsWith(
@@ -205,14 +230,14 @@ void TestTransfer::unresolvedHost_isCodeSix()
 
 void TestTransfer::secondRun_startsAfresh()
 {
-    RawHttpServer server;
+    Server server;
     server.queueAnswer(200, "one");
     server.queueAnswer(404, "two");
     VFetchTask task(1);
     task.setUrl(server.url());
     const QSignalSpy failures(&task, &VFetchTask::failure);
-    task.run();
-    task.run();
+    run(task);
+    run(task);
     QCOMPARE(failures.count(), 1);
     QCOMPARE(failures.at(0).at(0).toInt(), 404);
     QCOMPARE(failures.at(0).at(1).toByteArray(), QByteArray("two"));

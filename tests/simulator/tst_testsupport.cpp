@@ -1,21 +1,15 @@
 #include "certificates.h"
-#include "httpsclient.h"
 #include "privatebus.h"
 #include "qwixtdprocess.h"
-#include "rawtlsserver.h"
 
 #include <QtTest>
 
 #include <QFile>
 
 #include <csignal>
-#include <curl/curl.h>
-#include <memory>
 
 namespace
 {
-const QByteArray path = "/api/v1/qwixt/apps";
-
 QByteArray contentOf(const QString &fileName)
 {
     QFile file(fileName);
@@ -32,10 +26,6 @@ private Q_SLOTS:
     void initTestCase();
 
     void bundle_holdsTheAuthority();
-    void rawServer_keepsTheRequestsBytes();
-    void rawServer_keepsALongBodyWhole();
-    void rawServer_answersTheGivenText();
-    void rawServer_stopsWithASilentConnection();
     void daemonProcess_runsAndTrustsTheAuthority();
     void daemonProcess_endsWithTerminate();
     void daemonProcess_endsWithItsObject();
@@ -43,8 +33,6 @@ private Q_SLOTS:
     void environment_reachesTheDaemon();
 
 private:
-    HttpsClient client() const;
-
     PrivateBus bus;
 };
 
@@ -53,70 +41,11 @@ void TestTestSupport::initTestCase()
     QVERIFY(bus.start());
 }
 
-HttpsClient TestTestSupport::client() const
-{
-    return HttpsClient(Certificates::shared().authority().toUtf8());
-}
-
 void TestTestSupport::bundle_holdsTheAuthority()
 {
     const QByteArray authority = contentOf(Certificates::shared().authority());
     QVERIFY(authority.startsWith("-----BEGIN CERTIFICATE-----"));
     QVERIFY(contentOf(Certificates::shared().bundle()).endsWith(authority));
-}
-
-void TestTestSupport::rawServer_keepsTheRequestsBytes()
-{
-    RawTlsServer server;
-    QVERIFY(server.start(Certificates::shared().serverCertificate(), Certificates::shared().serverKey()));
-    const QByteArray host = server.host().toUtf8();
-    const HttpsClient::Result result =
-        client().send("PUT", "https://" + host + path, {"Accept: application/json", "X-B:  b "},
-                      QByteArray("name=a&=%\n\xc3\xbc"));
-    QCOMPARE(result.code, 0);
-    QCOMPARE(result.status, 200);
-    QCOMPARE(result.body, QByteArray("{}"));
-    QCOMPARE(server.requests().size(), 1);
-    QCOMPARE(server.requests().at(0), "PUT " + path + " HTTP/1.1\r\nHost: " + host +
-                                          "\r\nAccept: application/json\r\nX-B:  b \r\nContent-Length: 12\r\n"
-                                          "Content-Type: application/x-www-form-urlencoded\r\n\r\n"
-                                          "name=a&=%\n\xc3\xbc");
-}
-
-void TestTestSupport::rawServer_keepsALongBodyWhole()
-{
-    RawTlsServer server;
-    QVERIFY(server.start(Certificates::shared().serverCertificate(), Certificates::shared().serverKey()));
-    const QByteArray body(100 * 1024, 'x');
-    QCOMPARE(client().send("POST", "https://" + server.host().toUtf8() + path, {}, body).status, 200);
-    QVERIFY(server.requests().at(0).endsWith("\r\n\r\n" + body));
-}
-
-void TestTestSupport::rawServer_answersTheGivenText()
-{
-    RawTlsServer server;
-    server.setAnswer("HTTP/1.1 418 I am a teapot\r\nContent-Length: 3\r\n\r\nno\n");
-    QVERIFY(server.start(Certificates::shared().serverCertificate(), Certificates::shared().serverKey()));
-    const HttpsClient::Result result = client().send("GET", "https://" + server.host().toUtf8() + path, {});
-    QCOMPARE(result.status, 418);
-    QCOMPARE(result.body, QByteArray("no\n"));
-}
-
-void TestTestSupport::rawServer_stopsWithASilentConnection()
-{
-    RawTlsServer server;
-    QVERIFY(server.start(Certificates::shared().serverCertificate(), Certificates::shared().serverKey()));
-    // Ends its handshake, so that the server is in the midst of serving it, and then says nothing.
-    const std::unique_ptr<CURL, decltype(&curl_easy_cleanup)> silent(curl_easy_init(), &curl_easy_cleanup);
-    const QByteArray url = "https://" + server.host().toUtf8() + path;
-    curl_easy_setopt(silent.get(), CURLOPT_URL, url.constData());
-    curl_easy_setopt(silent.get(), CURLOPT_CAINFO, Certificates::shared().authority().toUtf8().constData());
-    curl_easy_setopt(silent.get(), CURLOPT_CONNECT_ONLY, 1L);
-    QCOMPARE(curl_easy_perform(silent.get()), CURLE_OK);
-    QElapsedTimer elapsed;
-    elapsed.start();
-    server.stop();
-    QVERIFY(elapsed.elapsed() < 1000);
 }
 
 void TestTestSupport::daemonProcess_runsAndTrustsTheAuthority()
