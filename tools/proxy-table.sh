@@ -60,6 +60,8 @@ function sentTypes(arguments, first, parameters,    count, i, parts, name, types
     count = split(arguments, parts, ",")
     for (i = first; i <= count; i++) {
         name = trim(parts[i])
+        if (name ~ /^Argument::map\(/)
+            name = bracketed(name, "Argument::map")
         if (name ~ /^(Json::write|serialized)\(|\.toUtf8\(\)$/)
             result = result "ay"
         else if (types[name] in busTypes)

@@ -1,5 +1,6 @@
 #include "btnotifications/btnotificationsproxy.h"
 
+#include "shapes/argument.h"
 #include "shapes/introspection.h"
 #include "shapes/reply.h"
 
@@ -20,9 +21,9 @@ BTNotificationsProxy::BTNotificationsProxy(QObject *parent, const QDBusConnectio
 
 void BTNotificationsProxy::addToWhitelist(const QString &appId, QDBus::CallMode mode) { call(mode, QStringLiteral("addToWhitelist"), appId); }
 void BTNotificationsProxy::removeFromWhitelist(const QString &appId, QDBus::CallMode mode) { call(mode, QStringLiteral("removeFromWhitelist"), appId); }
-void BTNotificationsProxy::saveDevice(const QVariantMap &device, QDBus::CallMode mode) { call(mode, QStringLiteral("saveDevice"), device); }
-void BTNotificationsProxy::updateSettings(const QString &address, const QVariantMap &settings, QDBus::CallMode mode) { call(mode, QStringLiteral("updateSettings"), address, settings); }
-void BTNotificationsProxy::setGeneralOptions(const QVariantMap &options, QDBus::CallMode mode) { call(mode, QStringLiteral("setGeneralOptions"), options); }
+void BTNotificationsProxy::saveDevice(const QVariantMap &device, QDBus::CallMode mode) { call(mode, QStringLiteral("saveDevice"), Argument::map(device)); }
+void BTNotificationsProxy::updateSettings(const QString &address, const QVariantMap &settings, QDBus::CallMode mode) { call(mode, QStringLiteral("updateSettings"), address, Argument::map(settings)); }
+void BTNotificationsProxy::setGeneralOptions(const QVariantMap &options, QDBus::CallMode mode) { call(mode, QStringLiteral("setGeneralOptions"), Argument::map(options)); }
 void BTNotificationsProxy::setStatsSendingServerPermission(bool allowed, QDBus::CallMode mode) { call(mode, QStringLiteral("setStatsSendingServerPermission"), allowed); }
 void BTNotificationsProxy::setStatsSendingUserPermission(bool allowed, QDBus::CallMode mode) { call(mode, QStringLiteral("setStatsSendingUserPermission"), allowed); }
 

@@ -1,6 +1,7 @@
 #include "daemon/audioproxy.h"
 
 #include "dbusconversion.h"
+#include "shapes/argument.h"
 #include "shapes/introspection.h"
 #include "shapes/reply.h"
 #include "shapes/subscription.h"
@@ -25,7 +26,7 @@ void AudioProxy::setVolume(double volume, QDBus::CallMode mode) { call(mode, QSt
 void AudioProxy::syncUserFriendlyVolume(QDBus::CallMode mode) { call(mode, QStringLiteral("syncUserFriendlyVolume")); }
 void AudioProxy::setUserFriendlyVolume(qlonglong volume, QDBus::CallMode mode) { call(mode, QStringLiteral("setUserFriendlyVolume"), volume); }
 void AudioProxy::restoreUserVolume(QDBus::CallMode mode) { call(mode, QStringLiteral("restoreUserVolume")); }
-void AudioProxy::setAudioConfig(const QVariantMap &config, QDBus::CallMode mode) { call(mode, QStringLiteral("setAudioConfig"), config); }
+void AudioProxy::setAudioConfig(const QVariantMap &config, QDBus::CallMode mode) { call(mode, QStringLiteral("setAudioConfig"), Argument::map(config)); }
 
 double AudioProxy::volume(QDBus::CallMode mode) { return Reply::value<double>(call(mode, QStringLiteral("volume"))); }
 qlonglong AudioProxy::getUserFriendlyVolume(QDBus::CallMode mode) { return Reply::value<qlonglong>(call(mode, QStringLiteral("getUserFriendlyVolume"))); }

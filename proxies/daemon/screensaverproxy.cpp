@@ -1,5 +1,6 @@
 #include "daemon/screensaverproxy.h"
 
+#include "shapes/argument.h"
 #include "shapes/introspection.h"
 #include "shapes/reply.h"
 #include "shapes/subscription.h"
@@ -24,7 +25,10 @@ void ScreenSaverProxy::setEnabled(bool enabled, QDBus::CallMode mode) { call(mod
 void ScreenSaverProxy::setActive(bool active, QDBus::CallMode mode) { call(mode, QStringLiteral("setActive"), active); }
 void ScreenSaverProxy::setScreenSaverWidget(const QString &widgetId, QDBus::CallMode mode) { call(mode, QStringLiteral("setScreenSaverWidget"), widgetId); }
 void ScreenSaverProxy::setIsSnoosed(bool snoosed, QDBus::CallMode mode) { call(mode, QStringLiteral("setIsSnoosed"), snoosed); }
-void ScreenSaverProxy::setScreenSaverModeSettings(const QString &saverMode, const QVariantMap &settings, QDBus::CallMode mode) { call(mode, QStringLiteral("setScreenSaverModeSettings"), saverMode, settings); }
+void ScreenSaverProxy::setScreenSaverModeSettings(const QString &saverMode, const QVariantMap &settings, QDBus::CallMode mode)
+{
+    call(mode, QStringLiteral("setScreenSaverModeSettings"), saverMode, Argument::map(settings));
+}
 
 bool ScreenSaverProxy::forceCheckActivator(QDBus::CallMode mode) { return Reply::value<bool>(call(mode, QStringLiteral("forceCheckActivator"))); }
 bool ScreenSaverProxy::isSnoosed(QDBus::CallMode mode) { return Reply::value<bool>(call(mode, QStringLiteral("isSnoosed"))); }

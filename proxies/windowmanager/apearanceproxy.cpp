@@ -1,5 +1,6 @@
 #include "windowmanager/apearanceproxy.h"
 
+#include "shapes/argument.h"
 #include "shapes/introspection.h"
 #include "shapes/reply.h"
 #include "shapes/subscription.h"
@@ -39,7 +40,7 @@ ApearanceProxy::ApearanceProxy(QObject *parent, const QDBusConnection &connectio
 
 void ApearanceProxy::setCurrentScrollType(const QString &type, QDBus::CallMode mode) { call(mode, Name::setCurrentScrollType, type); }
 void ApearanceProxy::setSpeedForScrollType(const QString &type, double speed, QDBus::CallMode mode) { call(mode, Name::setSpeedForScrollType, type, speed); }
-void ApearanceProxy::setCurrentScrollTypeAndParams(const QString &type, const QVariantMap &parameters, QDBus::CallMode mode) { call(mode, Name::setCurrentScrollTypeAndParams, type, parameters); }
+void ApearanceProxy::setCurrentScrollTypeAndParams(const QString &type, const QVariantMap &parameters, QDBus::CallMode mode) { call(mode, Name::setCurrentScrollTypeAndParams, type, Argument::map(parameters)); }
 
 double ApearanceProxy::scrollSpeedForType(const QString &type, QDBus::CallMode mode) { return Reply::value<double>(call(mode, Name::scrollSpeedForType, type)); }
 QString ApearanceProxy::currentScrollType(QDBus::CallMode mode) { return Reply::value<QString>(call(mode, Name::currentScrollType)); }

@@ -1,5 +1,6 @@
 #include "windowmanager/generalproxy.h"
 
+#include "shapes/argument.h"
 #include "shapes/introspection.h"
 #include "shapes/json.h"
 #include "shapes/reply.h"
@@ -36,12 +37,12 @@ void GeneralProxy::requestForSwitch(const QString &widgetId, QDBus::CallMode mod
 void GeneralProxy::dismissNotificationWidget(const QString &widgetId, QDBus::CallMode mode) { call(mode, QStringLiteral("dismissNotificationWidget"), widgetId); }
 void GeneralProxy::registerApplication(const QString &appId, QDBus::CallMode mode) { call(mode, QStringLiteral("registerApplication"), appId); }
 void GeneralProxy::cancelRemoteAction(qlonglong actionId, QDBus::CallMode mode) { call(mode, QStringLiteral("cancelRemoteAction"), actionId); }
-void GeneralProxy::setWidgetModesConfig(const QString &widgetId, const QVariantMap &config, QDBus::CallMode mode) { call(mode, QStringLiteral("setWidgetModesConfig"), widgetId, config); }
+void GeneralProxy::setWidgetModesConfig(const QString &widgetId, const QVariantMap &config, QDBus::CallMode mode) { call(mode, QStringLiteral("setWidgetModesConfig"), widgetId, Argument::map(config)); }
 void GeneralProxy::setWidgetModeConfig(const QString &widgetId, const QString &widgetMode, const QVariantMap &config, QDBus::CallMode mode)
 {
-    call(mode, QStringLiteral("setWidgetModeConfig"), widgetId, widgetMode, config);
+    call(mode, QStringLiteral("setWidgetModeConfig"), widgetId, widgetMode, Argument::map(config));
 }
-void GeneralProxy::setGlobalModeConfig(const QString &widgetMode, const QVariantMap &config, QDBus::CallMode mode) { call(mode, QStringLiteral("setGlobalModeConfig"), widgetMode, config); }
+void GeneralProxy::setGlobalModeConfig(const QString &widgetMode, const QVariantMap &config, QDBus::CallMode mode) { call(mode, QStringLiteral("setGlobalModeConfig"), widgetMode, Argument::map(config)); }
 void GeneralProxy::remoteInvocationResponse(qlonglong actionId, const QString &response, QDBus::CallMode mode) { call(mode, QStringLiteral("remoteInvocationResponse"), actionId, response); }
 void GeneralProxy::lockAutoscroll(const QString &owner, QDBus::CallMode mode) { call(mode, QStringLiteral("lockAutoscroll"), owner); }
 void GeneralProxy::unlockAutoscroll(const QString &owner, QDBus::CallMode mode) { call(mode, QStringLiteral("unlockAutoscroll"), owner); }
@@ -76,7 +77,7 @@ QStringList GeneralProxy::listOfPreinstalledApps(QDBus::CallMode mode) { return 
 QStringList GeneralProxy::widgetListForAction(const QString &action, QDBus::CallMode mode) { return Reply::value<QStringList>(call(mode, QStringLiteral("widgetListForAction"), action)); }
 qlonglong GeneralProxy::invokeRemoteAction(const QString &widgetId, const QString &action, const QVariantMap &parameters, QDBus::CallMode mode)
 {
-    return Reply::value<qlonglong>(call(mode, QStringLiteral("invokeRemoteAction"), widgetId, action, parameters));
+    return Reply::value<qlonglong>(call(mode, QStringLiteral("invokeRemoteAction"), widgetId, action, Argument::map(parameters)));
 }
 QVariantMap GeneralProxy::widgetModesInfo(const QString &widgetId, QDBus::CallMode mode) { return Reply::map(call(mode, QStringLiteral("widgetModesInfo"), widgetId)); }
 QVariantMap GeneralProxy::globalModeInfo(const QString &widgetMode, QDBus::CallMode mode) { return Reply::map(call(mode, QStringLiteral("globalModeInfo"), widgetMode)); }
@@ -92,7 +93,7 @@ QDBusPendingCall GeneralProxy::widgetInfo(const QString &widgetId) { return asyn
 QDBusPendingCall GeneralProxy::shortWidgetInfo(const QString &widgetId) { return asyncCall(QStringLiteral("shortWidgetInfo"), widgetId); }
 QDBusPendingCall GeneralProxy::listOfInstalledApps() { return asyncCall(QStringLiteral("listOfInstalledApps")); }
 QDBusPendingCall GeneralProxy::widgetsForPkg(const QString &packageName) { return asyncCall(QStringLiteral("widgetsForPkg"), packageName); }
-QDBusPendingCall GeneralProxy::sendRemoteEvent(const QString &event, const QVariantMap &parameters) { return asyncCall(QStringLiteral("sendRemoteEvent"), event, parameters); }
+QDBusPendingCall GeneralProxy::sendRemoteEvent(const QString &event, const QVariantMap &parameters) { return asyncCall(QStringLiteral("sendRemoteEvent"), event, Argument::map(parameters)); }
 QDBusPendingCall GeneralProxy::lockAutoscroll(const QString &owner) { return asyncCall(QStringLiteral("lockAutoscroll"), owner); }
 QDBusPendingCall GeneralProxy::unlockAutoscroll(const QString &owner) { return asyncCall(QStringLiteral("unlockAutoscroll"), owner); }
 QDBusPendingCall GeneralProxy::subscribeForEvents(const QString &widgetId, const QStringList &events) { return asyncCall(QStringLiteral("subscribeForEvents"), widgetId, events); }

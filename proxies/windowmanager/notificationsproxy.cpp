@@ -1,6 +1,7 @@
 #include "windowmanager/notificationsproxy.h"
 
 #include "dbusconversion.h"
+#include "shapes/argument.h"
 #include "shapes/introspection.h"
 #include "shapes/reply.h"
 #include "shapes/subscription.h"
@@ -46,11 +47,14 @@ NotificationsProxy::NotificationsProxy(QObject *parent, const QDBusConnection &c
 
 void NotificationsProxy::removeNotificationFromQueue(const QString &id, QDBus::CallMode mode) { call(mode, Name::removeNotificationFromQueue, id); }
 void NotificationsProxy::removeAllNotificationsFromQueue(QDBus::CallMode mode) { call(mode, Name::removeAllNotificationsFromQueue); }
-void NotificationsProxy::updateRemoteNotificationWithId(const QString &id, const QVariantMap &notification, QDBus::CallMode mode) { call(mode, Name::updateRemoteNotificationWithId, id, notification); }
+void NotificationsProxy::updateRemoteNotificationWithId(const QString &id, const QVariantMap &notification, QDBus::CallMode mode)
+{
+    call(mode, Name::updateRemoteNotificationWithId, id, Argument::map(notification));
+}
 
 QStringList NotificationsProxy::listOfQueuedNotificationIds(QDBus::CallMode mode) { return Reply::value<QStringList>(call(mode, Name::listOfQueuedNotificationIds)); }
 QStringList NotificationsProxy::listOfDismissedNotificationIds(QDBus::CallMode mode) { return Reply::value<QStringList>(call(mode, Name::listOfDismissedNotificationIds)); }
-QString NotificationsProxy::addNewNotification(const QVariantMap &notification, QDBus::CallMode mode) { return Reply::value<QString>(call(mode, Name::addNewNotification, notification)); }
+QString NotificationsProxy::addNewNotification(const QVariantMap &notification, QDBus::CallMode mode) { return Reply::value<QString>(call(mode, Name::addNewNotification, Argument::map(notification))); }
 QVariantList NotificationsProxy::listOfQueuedNotifications(QDBus::CallMode mode) { return Reply::list(call(mode, Name::listOfQueuedNotifications)); }
 QVariantList NotificationsProxy::listOfDismissedNotifications(QDBus::CallMode mode) { return Reply::list(call(mode, Name::listOfDismissedNotifications)); }
 QVariantMap NotificationsProxy::currentNotification(QDBus::CallMode mode) { return Reply::map(call(mode, Name::currentNotification)); }

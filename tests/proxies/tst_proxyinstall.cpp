@@ -88,9 +88,9 @@ void TestProxyInstall::initTestCase()
     QVERIFY2(problem.isEmpty(), qPrintable(problem));
 
     QVERIFY(bus.start());
-    fake = std::make_unique<FakeService>(
-        bus.address(), QStringList{QStringLiteral("vorlet.daemon"), QStringLiteral("widget.manager"),
-                                   QStringLiteral("vorlet.mqtt.client")});
+    fake = std::make_unique<FakeService>(bus.address(), QStringList{QStringLiteral("vorlet.daemon"),
+                                                                    QStringLiteral("widget.manager"),
+                                                                    QStringLiteral("vorlet.mqtt.client")});
     QVERIFY(fake->isRunning());
 }
 
