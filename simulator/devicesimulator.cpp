@@ -43,6 +43,9 @@ DeviceSimulator::DeviceSimulator(const QString &busAddress, QObject *parent)
         trace("http", QStringLiteral("%1 -> held back for %2 ms").arg(requestText(request)).arg(delayMs));
     });
     connect(&developerServer, &DeveloperServer::answered, this, &DeviceSimulator::traceRequest);
+    connect(&developerServer, &DeveloperServer::handshakeFailed, this, [this](const QString &reason) {
+        trace("http", QStringLiteral("TLS handshake failed: ") + TraceText::printable(reason));
+    });
     connect(&daemonWatcher, &DaemonWatcher::received, this,
             [this](const QString &member, const QStringList &arguments) {
                 trace("signal",
