@@ -1,0 +1,25 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+/// What the program is asked for on its command line.
+struct Options {
+    QString busAddress;
+    quint16 port = 0;
+    QString certificatePath;
+    QString keyPath;
+    QString apiKey;
+    QString remoteId;
+    QString serial;
+    QStringList widgets;
+    bool isOffline = false;
+    bool isDaemonWanted = true;
+    bool isWidgetManagerWanted = true;
+    bool isKeptRunning = false;
+    /// Why the program cannot start with them; empty when it can.
+    QString problem;
+
+    /// Reads the application's arguments. --help ends the program.
+    static Options read();
+};
