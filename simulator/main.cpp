@@ -74,6 +74,10 @@ int main(int argc, char *argv[])
     CommandInterpreter interpreter(simulator);
     Console console;
     QObject::connect(&simulator, &DeviceSimulator::traced, &console, &Console::print);
+    QObject::connect(&simulator.watcher(), &DaemonWatcher::busLost, &console, [&] {
+        console.stopReading();
+        QCoreApplication::exit(complain(QStringLiteral("lost the bus at %1").arg(options.busAddress)));
+    });
     setUp(simulator, options);
     const QString problem = start(simulator, options);
     if (!problem.isEmpty()) {

@@ -36,6 +36,10 @@ bool DaemonWatcher::start()
         new QDBusServiceWatcher(service, bus, QDBusServiceWatcher::WatchForOwnerChange, this);
     connect(watcher, &QDBusServiceWatcher::serviceRegistered, this, &DaemonWatcher::daemonAppeared);
     connect(watcher, &QDBusServiceWatcher::serviceUnregistered, this, &DaemonWatcher::daemonVanished);
+    // The connection reports its own end by a signal that comes from no service.
+    bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"), this,
+                SIGNAL(busLost()));
     // No sender is named: what anybody says under the daemon's interface is worth seeing.
     const bool isSubscribed =
         bus.connect(QString(), path, interfaceName, QStringLiteral("daemonDidStarted"), this,

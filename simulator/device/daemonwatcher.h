@@ -32,6 +32,8 @@ Q_SIGNALS:
     void answered(const QString &member, const QStringList &arguments, const QString &error);
     void daemonAppeared();
     void daemonVanished();
+    /// The connection to the bus is gone, and does not come back.
+    void busLost();
 
 private Q_SLOTS:
     void daemonDidStarted();

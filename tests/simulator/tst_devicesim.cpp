@@ -32,6 +32,7 @@ private Q_SLOTS:
     void endOfInputWithKeepRunning_goesOn();
     void badStart_isOneLineAndStatus1_data();
     void badStart_isOneLineAndStatus1();
+    void lostBus_endsTheProgramWithAMessage();
     void takenName_isReported();
     void takenPort_isReported();
 
@@ -218,6 +219,22 @@ void TestDevicesim::badStart_isOneLineAndStatus1()
     QCOMPARE(program->exitCode(), 1);
     QCOMPARE(program->readAllStandardError(), line);
     QVERIFY(!program->readAllStandardOutput().contains("ready"));
+}
+
+void TestDevicesim::lostBus_endsTheProgramWithAMessage()
+{
+    PrivateBus shortLived;
+    QVERIFY(shortLived.start());
+    start(withServer({QStringLiteral("--bus"), shortLived.address(), QStringLiteral("--keep-running")}));
+    QVERIFY(!readUntil("ready: ").isEmpty());
+
+    shortLived.stop();
+
+    QVERIFY(program->waitForFinished(timeoutMs));
+    QCOMPARE(program->exitStatus(), QProcess::NormalExit);
+    QCOMPARE(program->exitCode(), 1);
+    QCOMPARE(program->readAllStandardError(),
+             "qwixt-devicesim: lost the bus at " + shortLived.address().toUtf8() + '\n');
 }
 
 void TestDevicesim::takenName_isReported()

@@ -40,6 +40,7 @@ private Q_SLOTS:
     void signal_givesTheTerminalBack();
     void interruptKey_endsTheProgram();
     void programStoppedByAShell_goesOn();
+    void lostBus_endsTheProgramWithAMessage();
 
 private:
     QStringList arguments() const;
@@ -230,6 +231,22 @@ void TestDevicesimTerminal::programStoppedByAShell_goesOn()
         EVENTUALLY(rowsWith(QStringLiteral("error: no such command: \"no-such\"")).size() == index + 1);
         EVENTUALLY_LAST_ROW(QStringLiteral("device> |"));
     }
+}
+
+void TestDevicesimTerminal::lostBus_endsTheProgramWithAMessage()
+{
+    terminal->type("half a comm");
+    EVENTUALLY_LAST_ROW(QStringLiteral("device> half a comm|"));
+
+    bus->stop();
+
+    EVENTUALLY(terminal->endStatus() >= 0);
+    QVERIFY(WIFEXITED(terminal->endStatus()));
+    QCOMPARE(WEXITSTATUS(terminal->endStatus()), 1);
+    QVERIFY(terminal->isAsAtFirst());
+    QVERIFY(terminal->screen().join(QString()).contains(
+        QStringLiteral("qwixt-devicesim: lost the bus at unix:")));
+    QVERIFY(rowsWith(QStringLiteral("device>")).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestDevicesimTerminal)
