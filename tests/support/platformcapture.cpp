@@ -9,12 +9,27 @@ namespace
 {
 QMutex mutex;
 QList<PlatformCapture::Line> captured;
+
+QMutex watchMutex; ///< held while the function runs, so that it never outlives its watch
+QByteArray watchedText;
+std::function<void()> whenWritten;
+
+void reportToWatch(const char *text)
+{
+    const QMutexLocker locker(&watchMutex);
+    if (whenWritten && watchedText == text) {
+        whenWritten();
+    }
+}
 } // namespace
 
 int __android_log_write(int priority, const char *tag, const char *text)
 {
-    const QMutexLocker locker(&mutex);
-    captured.append({priority, tag, text});
+    {
+        const QMutexLocker locker(&mutex);
+        captured.append({priority, tag, text});
+    }
+    reportToWatch(text);
     return 1;
 }
 
@@ -32,7 +47,7 @@ QList<QByteArray> texts(int priority)
     QList<QByteArray> result;
     const QList<Line> all = lines();
     for (const Line &line : all) {
-        if (priority == 0 || line.priority == priority) {
+        if (priority == LogPriority::Any || line.priority == priority) {
             result.append(line.text);
         }
     }
@@ -48,6 +63,19 @@ void clear()
 {
     const QMutexLocker locker(&mutex);
     captured.clear();
+}
+
+LineWatch::LineWatch(const QByteArray &text, const std::function<void()> &written)
+{
+    const QMutexLocker locker(&watchMutex);
+    watchedText = text;
+    whenWritten = written;
+}
+
+LineWatch::~LineWatch()
+{
+    const QMutexLocker locker(&watchMutex);
+    whenWritten = nullptr;
 }
 
 } // namespace PlatformCapture

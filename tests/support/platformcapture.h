@@ -3,6 +3,14 @@
 #include <QByteArray>
 #include <QList>
 
+#include <functional>
+
+/// The platform's priorities, as the levels of the log functions have them.
+namespace LogPriority
+{
+enum { Any = 0, Verbose = 2, Debug = 3, Info = 4, Warning = 5, Error = 6, Fatal = 7 };
+} // namespace LogPriority
+
 /// Stands in for the platform's log writer and keeps what it is given. A program that links
 /// qwixt_platformcapture has no other writer. All functions may be called from any thread.
 namespace PlatformCapture
@@ -16,10 +24,20 @@ struct Line {
 
 /// Every line since the last clear(), oldest first.
 QList<Line> lines();
-/// The texts of those lines; @p priority of 0 means every priority.
-QList<QByteArray> texts(int priority = 0);
+/// The texts of those lines of one priority, or of any.
+QList<QByteArray> texts(int priority = LogPriority::Any);
 /// How many lines have exactly this text.
 int count(const QByteArray &text);
 void clear();
+
+/// Has a function called at each line with a given text, at the moment when it is written and on the thread
+/// that writes it. One at a time.
+class LineWatch
+{
+public:
+    LineWatch(const QByteArray &text, const std::function<void()> &written);
+    ~LineWatch();
+    Q_DISABLE_COPY(LineWatch)
+};
 
 } // namespace PlatformCapture
