@@ -5,6 +5,8 @@
 
 #include <QtTest>
 
+Q_DECLARE_METATYPE(RemoteTaskDescription)
+
 namespace
 {
 
@@ -12,13 +14,13 @@ constexpr int debugPriority = 3;
 constexpr int infoPriority = 4;
 constexpr int warningPriority = 5;
 
-QList<QByteArray> ownTexts(int priority)
+/// The manager's lines among all.
+QList<QByteArray> ownTexts(int priority = LogPriority::Any)
 {
     QList<QByteArray> own;
     const QList<QByteArray> all = PlatformCapture::texts(priority);
     for (const QByteArray &line : all) {
-        if (!line.startsWith("FetchTask") && !line.startsWith("DataFetcher") &&
-            !line.startsWith("VDataFetcher")) {
+        if (line.startsWith("QWixtApplicationManager: ")) {
             own.append(line);
         }
     }
@@ -48,6 +50,7 @@ private Q_SLOTS:
 
     void register_outsideReadyOnlyQueues();
     void register_inReadyIsSentAndTold();
+    void register_inReadyPrintsItsDataBeforeItsLine();
     void register_ofARegisteredWidgetIsSentAgain();
     void register_thirdCallAfterTheReplyIsSent();
 
@@ -63,12 +66,15 @@ private Q_SLOTS:
     void delete_inReadyHasItsLines();
 
     void widgetDeleted_deletesEveryMatchWithAnEmptyType();
+    void widgetDeleted_leavesTheInstalledWidgetsAlone();
     void widgetDeleted_withoutAnyRecordHasItsLine();
     void widgetDeleted_withoutAMatchHasNoLine();
 
     void registerReply_makesARecord();
     void registerReply_withoutAppId();
     void registerReply_replacesTheRecordUnderItsKey();
+    void announcement_comesWhenQueueAndRecordsAreChanged_data();
+    void announcement_comesWhenQueueAndRecordsAreChanged();
     void deleteReply_removesTheRecord();
     void updateReply_changesTheNameOnly();
     void updateReply_ofAnUnknownApplicationWarns();
@@ -122,6 +128,22 @@ void TestApplicationRecords::register_inReadyIsSentAndTold()
     // The request's parameters, then the description's data.
     QVERIFY(messages.debugTexts().contains(
         text("QMap((\"name\", QVariant(QString, \"Clock\"))(\"type\", QVariant(QString, \"t\")))")));
+}
+
+void TestApplicationRecords::register_inReadyPrintsItsDataBeforeItsLine()
+{
+    OpenManager manager;
+    manager.beReady();
+    const MessageCapture messages;
+    QStringList printedBefore;
+    const PlatformCapture::LineWatch watch("QWixtApplicationManager: added register app task",
+                                           [&] { printedBefore = messages.debugTexts(); });
+
+    manager.registerApplication(text("u1"), text("Clock"), text("t"));
+
+    QVERIFY(!printedBefore.isEmpty());
+    QCOMPARE(printedBefore.constLast(),
+             text("QMap((\"name\", QVariant(QString, \"Clock\"))(\"type\", QVariant(QString, \"t\")))"));
 }
 
 void TestApplicationRecords::register_ofARegisteredWidgetIsSentAgain()
@@ -247,10 +269,12 @@ void TestApplicationRecords::delete_inReadyHasItsLines()
 {
     OpenManager manager;
     manager.beReady();
+    PlatformCapture::clear();
     manager.deleteApplication(text("a1"), text("u1"), text("t"));
     QCOMPARE(PlatformCapture::texts(infoPriority),
              QList<QByteArray>{"QWixtApplicationManager: added delete app task"});
-    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: added delete app a1 t task"), 1);
+    QCOMPARE(ownTexts(), (QList<QByteArray>{"QWixtApplicationManager: added delete app task",
+                                            "QWixtApplicationManager: added delete app a1 t task"}));
 }
 
 void TestApplicationRecords::widgetDeleted_deletesEveryMatchWithAnEmptyType()
@@ -267,6 +291,17 @@ void TestApplicationRecords::widgetDeleted_deletesEveryMatchWithAnEmptyType()
     QTRY_COMPARE(CurlFake::requestCount(), 2);
     QCOMPARE(CurlFake::requests().at(0).body(), QByteArray("app_id=a1&type="));
     QCOMPARE(CurlFake::requests().at(1).body(), QByteArray("app_id=a2&type="));
+}
+
+void TestApplicationRecords::widgetDeleted_leavesTheInstalledWidgetsAlone()
+{
+    OpenManager manager;
+    manager.installedWidgets = QStringList{text("u1"), text("u2")};
+    manager.addRemote({text("a1"), text("u1"), text("n"), text("t")});
+
+    manager.widgetDeleted(text("package"), text("u1"));
+
+    QCOMPARE(manager.installedWidgets, (QStringList{text("u1"), text("u2")}));
 }
 
 void TestApplicationRecords::widgetDeleted_withoutAnyRecordHasItsLine()
@@ -320,6 +355,56 @@ void TestApplicationRecords::registerReply_replacesTheRecordUnderItsKey()
     manager.addRemote({text("a1"), text("old"), text("old"), text("old")});
     manager.succeed(Descr::registration("u1"), R"({"app_id":"a1"})");
     QCOMPARE(recordsOf(manager.remoteApplications), QStringList{text("a1: a1 u1 Clock t")});
+}
+
+void TestApplicationRecords::announcement_comesWhenQueueAndRecordsAreChanged_data()
+{
+    QTest::addColumn<RemoteTaskDescription>("descr");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QStringList>("records");
+    QTest::addColumn<QByteArray>("line");
+    QTest::newRow("registered") << Descr::registration("u1") << 200
+                                << QStringList{text("a1: a1 u1 Clock t"), text("a2: a2 u2 n t")}
+                                << QByteArray(
+                                       "QWixtApplicationManager: Application registered with status fine");
+    QTest::newRow("deleted") << Descr::deletion("a2", "u2") << 200 << QStringList()
+                             << QByteArray("QWixtApplicationManager: Application deleted");
+    QTest::newRow("gone already") << Descr::deletion("a2", "u2") << 404 << QStringList{text("a2: a2 u2 n t")}
+                                  << QByteArray();
+}
+
+void TestApplicationRecords::announcement_comesWhenQueueAndRecordsAreChanged()
+{
+    QFETCH(RemoteTaskDescription, descr);
+    QFETCH(int, status);
+    QFETCH(QStringList, records);
+    QFETCH(QByteArray, line);
+    CurlFake::setAnswer({CURLE_OK, status, R"({"app_id":"a1","status":"fine"})", ""});
+    OpenManager manager;
+    manager.beReady();
+    manager.addRemote({text("a2"), text("u2"), text("n"), text("t")});
+    manager.pendingTasks = {descr};
+    int announcements = 0;
+    bool isQueued = true;
+    QStringList recordsThen;
+    QList<QByteArray> linesThen;
+    const auto look = [&] {
+        ++announcements;
+        isQueued = !manager.pendingTasks.isEmpty() || !manager.tasksByDescription.isEmpty() ||
+                   !manager.outstandingRuns.isEmpty();
+        recordsThen = recordsOf(manager.remoteApplications);
+        linesThen = PlatformCapture::texts(infoPriority);
+    };
+    connect(&manager, &QWixtApplicationManager::applicationRegistered, &manager, look);
+    connect(&manager, &QWixtApplicationManager::applicationDeleted, &manager, look);
+
+    manager.processRequests();
+    CurlFake::release();
+
+    QTRY_COMPARE(announcements, 1);
+    QVERIFY(!isQueued);
+    QCOMPARE(recordsThen, records);
+    QCOMPARE(linesThen, line.isEmpty() ? QList<QByteArray>() : QList<QByteArray>{line});
 }
 
 void TestApplicationRecords::deleteReply_removesTheRecord()

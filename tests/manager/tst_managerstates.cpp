@@ -1,3 +1,4 @@
+#include "buscalls.h"
 #include "openmanager.h"
 #include "platformcapture.h"
 
@@ -8,6 +9,8 @@ namespace
 {
 
 constexpr int debugPriority = 3;
+
+const QByteArray processLine = "QWixtApplicationManager: Start process requests";
 
 QStringList methodsOf(const QMetaObject &meta)
 {
@@ -33,7 +36,7 @@ QByteArray action(const QSignalSpy &ready)
     if (lines.contains("QWixtApplicationManager: added get list task")) {
         return "list";
     }
-    if (lines.contains("QWixtApplicationManager: Start process requests")) {
+    if (lines.contains(processLine)) {
         return ready.isEmpty() ? "process" : "ready, process";
     }
     return ready.isEmpty() ? "" : "ready";
@@ -60,8 +63,11 @@ private Q_SLOTS:
 
     void daemonAbsentAtStart_waitsForItsSignal();
     void daemonAnswersAnotherError_staysWaitingButReadsOn();
+    void daemonAnswersAnotherErrorLater_countsAsStarted();
     void startOrder_ofTheReads();
+    void start_subscribesThenReadsInThisOrder();
     void widgetManagerAbsentAtStart_isWarnedAbout();
+    void widgetListFails_stateIsEvaluatedAllTheSame();
     void keyEmptyAtStart_waitsForSetUp_data();
     void keyEmptyAtStart_waitsForSetUp();
     void onlineAndSetUpAtStart_fetchesTheListThenIsReady();
@@ -215,15 +221,23 @@ void TestManagerStates::transition()
     manager.internetAvailable = internet;
     manager.remoteListReceived = list;
     const QSignalSpy ready(&manager, &QWixtApplicationManager::readyToWork);
-    // Whoever is told sees the new state.
-    int stateWhenTold = to;
-    connect(&manager, &QWixtApplicationManager::readyToWork, &manager,
-            [&] { stateWhenTold = manager.state; });
+    int stateWhenWritten = -1;
+    const PlatformCapture::LineWatch watch("QWixtApplicationManager: " + line,
+                                           [&] { stateWhenWritten = manager.state; });
+    int stateWhenAnnounced = to;
+    bool processedWhenAnnounced = false;
+    connect(&manager, &QWixtApplicationManager::readyToWork, &manager, [&] {
+        stateWhenAnnounced = manager.state;
+        processedWhenAnnounced = PlatformCapture::count(processLine) > 0;
+    });
     PlatformCapture::clear();
+
     manager.evaluateState();
 
     QCOMPARE(static_cast<int>(manager.state), to);
-    QCOMPARE(stateWhenTold, to);
+    QCOMPARE(stateWhenWritten, line.isEmpty() ? -1 : from);
+    QCOMPARE(stateWhenAnnounced, to);
+    QVERIFY(!processedWhenAnnounced);
     const QList<QByteArray> lines = PlatformCapture::texts(debugPriority);
     if (line.isEmpty()) {
         QVERIFY(lines.isEmpty());
@@ -283,6 +297,24 @@ void TestManagerStates::daemonAnswersAnotherError_staysWaitingButReadsOn()
     QCOMPARE(manager.remoteId, text("d9"));
 }
 
+void TestManagerStates::daemonAnswersAnotherErrorLater_countsAsStarted()
+{
+    QVERIFY(daemon->start());
+    OpenManager manager;
+    manager.start();
+    QVERIFY(manager.daemonStarted);
+
+    daemon->stop();
+    daemon->failCallsOf(text("apiKey"), text("org.freedesktop.DBus.Error.AccessDenied"), text("no"));
+    QVERIFY(daemon->start());
+    QTRY_COMPARE(daemon->callCount(text("apiKey")), 2);
+    QVERIFY(widgets->start());
+
+    // The key that was not to be had is empty.
+    QTRY_COMPARE(manager.state, QWixtApplicationManager::NotSetuped);
+    QVERIFY(manager.daemonStarted);
+}
+
 void TestManagerStates::startOrder_ofTheReads()
 {
     QVERIFY(widgets->start());
@@ -295,6 +327,23 @@ void TestManagerStates::startOrder_ofTheReads()
     QCOMPARE(manager.installedWidgets, (QStringList{text("u1"), text("u2")}));
     QVERIFY(manager.daemonStarted);
     QVERIFY(manager.widgetsListReceived);
+}
+
+void TestManagerStates::start_subscribesThenReadsInThisOrder()
+{
+    QVERIFY(widgets->start());
+    QVERIFY(daemon->start());
+    const BusCalls listener(bus.address());
+    OpenManager manager;
+
+    manager.start();
+
+    QTRY_COMPARE(listener.calls(),
+                 (QStringList{text("subscribe internetAvailabilityChanged"),
+                              text("subscribe windowServerDidStarted"), text("subscribe widgetDeleted"),
+                              text("subscribe newWidgetCreated"), text("subscribe daemonDidStart"),
+                              text("subscribe apiKeyDidSet"), text("listOfInstalledWidgets"), text("apiKey"),
+                              text("isInternetAvailable"), text("serial"), text("remoteId")}));
 }
 
 void TestManagerStates::widgetManagerAbsentAtStart_isWarnedAbout()
@@ -322,6 +371,22 @@ void TestManagerStates::widgetManagerAbsentAtStart_isWarnedAbout()
     QTRY_COMPARE(PlatformCapture::count(beginning + "out of order"), 1);
     QVERIFY(manager.widgetsListReceived);
     QCOMPARE(manager.installedWidgets, (QStringList{text("u1"), text("u2")}));
+}
+
+void TestManagerStates::widgetListFails_stateIsEvaluatedAllTheSame()
+{
+    CurlFake::hold();
+    widgets->failCallsOf(text("listOfInstalledWidgets"), text("com.example.Broken"), text("out of order"));
+    QVERIFY(daemon->start());
+    OpenManager manager;
+    manager.start();
+    QCOMPARE(manager.state, QWixtApplicationManager::WaitForDaemonsToStart);
+    manager.widgetsListReceived = true; // by an earlier start of the widget manager
+
+    QVERIFY(widgets->start());
+
+    QTRY_COMPARE(manager.state, QWixtApplicationManager::WaitForList);
+    QCOMPARE(widgets->callCount(text("listOfInstalledWidgets")), 1);
 }
 
 void TestManagerStates::keyEmptyAtStart_waitsForSetUp_data()
@@ -445,8 +510,11 @@ void TestManagerStates::widgetCreated_onlyGrowsTheList()
     QTRY_COMPARE(manager.state, QWixtApplicationManager::Ready);
     QTest::qWait(50); // grace time: the fetcher's last lines
     PlatformCapture::clear();
+
     widgets->createWidget(text("u3"));
-    QTRY_COMPARE(manager.installedWidgets, (QStringList{text("u1"), text("u2"), text("u3")}));
+    widgets->createWidget(text("u1")); // known already
+
+    QTRY_COMPARE(manager.installedWidgets, (QStringList{text("u1"), text("u2"), text("u3"), text("u1")}));
     QVERIFY(PlatformCapture::lines().isEmpty());
     QVERIFY(manager.pendingTasks.isEmpty());
 }

@@ -125,34 +125,47 @@ void TestRemoteAppsApi::registerReply()
 
 void TestRemoteAppsApi::listReply_data()
 {
+    QTest::addColumn<QString>("remoteId");
     QTest::addColumn<QByteArray>("reply");
     QTest::addColumn<QStringList>("records");
     QTest::newRow("two of this device, one of another")
-        << QByteArray(R"({"apps":[
+        << text("d9") << QByteArray(R"({"apps":[
             {"device_id":"d9","app_id":"2","identifier":"u2","name":"n2","type":"t2","more":[1]},
             {"device_id":"d8","app_id":"3","identifier":"u2","name":"n3","type":"t3"},
             {"device_id":"d9","app_id":1,"identifier":"u1","name":"n1","type":"t1"}]})")
         << QStringList{text("2 u2 n2 t2"), text("1 u1 n1 t1")};
     QTest::newRow("same id twice: both are read")
+        << text("d9")
         << QByteArray(
                R"({"apps":[{"device_id":"d9","app_id":"1"},{"device_id":"d9","app_id":"1","name":"n"}]})")
         << QStringList{text("1   "), text("1  n ")};
-    QTest::newRow("device id as a number")
-        << QByteArray(R"({"apps":[{"device_id":9,"app_id":"1"}]})") << QStringList();
-    QTest::newRow("no apps") << QByteArray("{}") << QStringList();
-    QTest::newRow("apps is no array") << QByteArray(R"({"apps":{"device_id":"d9"}})") << QStringList();
+    QTest::newRow("device id in another case")
+        << text("d9") << QByteArray(R"({"apps":[{"device_id":"D9","app_id":"1"}]})") << QStringList();
+    QTest::newRow("device id as a number is its digits")
+        << text("9") << QByteArray(R"({"apps":[{"device_id":9,"app_id":"1"},{"device_id":90,"app_id":"2"}]})")
+        << QStringList{text("1   ")};
+    QTest::newRow("device ids that are one number only")
+        << text("9")
+        << QByteArray(R"({"apps":[{"device_id":"09","app_id":"1"},{"device_id":" 9","app_id":"2"},
+                                  {"device_id":"9.0","app_id":"3"},{"device_id":"+9","app_id":"4"}]})")
+        << QStringList();
+    QTest::newRow("no apps") << text("d9") << QByteArray("{}") << QStringList();
+    QTest::newRow("apps is no array")
+        << text("d9") << QByteArray(R"({"apps":{"device_id":"d9"}})") << QStringList();
     QTest::newRow("elements that are no objects")
+        << text("d9")
         << QByteArray(R"({"apps":[1,"x",null,[{"device_id":"d9"}],{"device_id":"d9","app_id":"1"}]})")
         << QStringList{text("1   ")};
-    QTest::newRow("not JSON") << QByteArray("no") << QStringList();
-    QTest::newRow("cut off") << QByteArray(R"({"apps":[{"device_id":"d9")") << QStringList();
+    QTest::newRow("not JSON") << text("d9") << QByteArray("no") << QStringList();
+    QTest::newRow("cut off") << text("d9") << QByteArray(R"({"apps":[{"device_id":"d9")") << QStringList();
 }
 
 void TestRemoteAppsApi::listReply()
 {
+    QFETCH(QString, remoteId);
     QFETCH(QByteArray, reply);
     QStringList records;
-    const QList<RemoteApplication> read = RemoteAppsApi::readListReply(reply, text("d9"));
+    const QList<RemoteApplication> read = RemoteAppsApi::readListReply(reply, remoteId);
     for (const RemoteApplication &application : read) {
         records.append(application.appId + QLatin1Char(' ') + application.identifier + QLatin1Char(' ') +
                        application.name + QLatin1Char(' ') + application.type);

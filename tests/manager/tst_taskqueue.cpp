@@ -144,6 +144,7 @@ void TestTaskQueue::request_ofUnknownKind()
     for (const int kind : {0, 5, -1}) {
         PlatformCapture::clear();
         QVERIFY(manager.createRemoteTask({kind, text("u"), {}}) == nullptr);
+        QCOMPARE(PlatformCapture::count("Fetch task deleted"), PlatformCapture::count("Fetch task created"));
         QCOMPARE(PlatformCapture::texts(5), QList<QByteArray>{"RemoteRequestWorker: Unknown task type"});
     }
 }
@@ -474,11 +475,13 @@ void TestTaskQueue::retry_whileNotReadyWaitsForTheNextReady()
     manager.beReady();
     manager.updateApplication(text("a"), text("u1"), text("n"), text("t")); // unknown there: a register
     QTRY_COMPARE(manager.retryTimers.size(), 1);
+    const QPointer<QTimer> timer = manager.retryTimers.first();
     manager.internetAvailable = false;
     manager.evaluateState();
     PlatformCapture::clear();
     manager.retryNow();
     QTRY_VERIFY(manager.retryTimers.isEmpty());
+    QTRY_VERIFY(timer.isNull());
     QCOMPARE(PlatformCapture::texts(),
              QList<QByteArray>{"QWixtApplicationManager: not ready to do request 0"});
     QCOMPARE(manager.pendingTasks.size(), 1);
@@ -514,10 +517,12 @@ void TestTaskQueue::retry_whileTheWorkerHoldsTheTask()
     manager.beReady();
     manager.registerApplication(text("u1"), text("n"), text("t"));
     QTRY_COMPARE(manager.retryTimers.size(), 1);
+    const QPointer<QTimer> timer = manager.retryTimers.first();
     manager.holdInWorker(manager.onlyTask());
     PlatformCapture::clear();
     manager.retryNow();
     QTRY_VERIFY(manager.retryTimers.isEmpty());
+    QTRY_VERIFY(timer.isNull());
     QCOMPARE(PlatformCapture::texts(),
              QList<QByteArray>{"QWixtApplicationManager: not ready to do request 1"});
 }
@@ -539,6 +544,7 @@ void TestTaskQueue::failureOfAnUnknownTask_endsInAWarning()
     manager.fail(Descr::registration("gone"), 503);
     manager.fail(Descr::registration("gone too"), 503);
     QCOMPARE(manager.retryTimers.size(), 1);
+    QCOMPARE(manager.findChildren<QTimer *>().size(), 2); // the refresh timer and one retry
     const QPointer<QTimer> timer = manager.retryTimers.value(nullptr);
     QVERIFY(!timer.isNull());
     PlatformCapture::clear();
