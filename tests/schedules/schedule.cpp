@@ -23,7 +23,7 @@ struct Weight {
 const Weight weights[] = {
     {Event::Register, 8, "register"},
     {Event::Update, 6, "update"},
-    {Event::Delete, 8, "delete"},
+    {Event::Delete, 12, "delete"},
     {Event::WidgetCreated, 2, "widget created"},
     {Event::WidgetDeleted, 4, "widget deleted"},
     {Event::InternetChanged, 10, "internet"},

@@ -187,8 +187,12 @@ void ScheduledManager::takeResults()
 
 void ScheduledManager::passTime(qint64 ms)
 {
+    const bool wasIdle = !Transfers::isWaiting();
     time.pass(ms >= 0 ? ms : std::max<qint64>(time.untilNextTimer(), 0));
     check();
+    if (wasIdle && Transfers::isWaiting() && !Transfers::isWaitingForList() && state != Ready) {
+        complain(QStringLiteral("a retry was sent in state %1").arg(state));
+    }
 }
 
 bool ScheduledManager::isBusy() const
