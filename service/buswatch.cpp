@@ -7,12 +7,12 @@
 
 BusWatch::BusWatch(QDBusConnection connection)
 {
-    // The connection tells of its own end by a signal that comes from no service.
+    // The connection announces its own end by a signal that comes from no service.
     const bool connected = connection.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
                                               QStringLiteral("org.freedesktop.DBus.Local"),
                                               QStringLiteral("Disconnected"), this, SLOT(busWasLost()));
     if (!connected || !connection.isConnected()) {
-        // Lost before anybody listened: tell so once the event loop runs.
+        // Lost before anybody listened: report it once the event loop runs.
         QMetaObject::invokeMethod(this, &BusWatch::busWasLost, Qt::QueuedConnection);
     }
 }

@@ -13,6 +13,7 @@ class BusWatch : public QObject
 public:
     static constexpr int lostBusStatus = 1;
 
+    /// A @p connection that is lost already is reported as soon as the event loop runs.
     explicit BusWatch(QDBusConnection connection);
 
 private Q_SLOTS:
