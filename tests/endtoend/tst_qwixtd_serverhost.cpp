@@ -1,7 +1,5 @@
 #include "deviceundertest.h"
-
-#include <QFile>
-#include <QTemporaryDir>
+#include "shellprelude.h"
 
 /// The server's host as the environment sets it.
 class TestServerHost : public QObject
@@ -96,15 +94,8 @@ void TestServerHost::emptyOrUnset_meansTheBuiltInHost_data()
 void TestServerHost::emptyOrUnset_meansTheBuiltInHost()
 {
     QFETCH(QByteArray, setting);
-    // A program of the daemon's name that sets its environment and becomes the daemon.
-    QTemporaryDir folder;
-    const QString program = folder.filePath(QFileInfo(QStringLiteral(QWIXTD_DEBUGLOG_PROGRAM)).fileName());
-    QFile script(program);
-    QVERIFY(script.open(QIODevice::WriteOnly));
-    script.write("#!/bin/sh\n" + setting + "\nexec '" QWIXTD_DEBUGLOG_PROGRAM "'\n");
-    script.close();
-    QVERIFY(script.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
-    DeviceUnderTest device(program);
+    const ShellPrelude prelude(QStringLiteral(QWIXTD_DEBUGLOG_PROGRAM), setting);
+    DeviceUnderTest device(prelude.path());
 
     QVERIFY(device.startServices() && device.startProgram());
 
