@@ -12,7 +12,8 @@ private Q_SLOTS:
     void noBus_endsWithTheReason();
     void busLost_endsForTheSupervisorToStartItAgain();
     void busLostWhileATransferHangs_endsAtOnceAllTheSame();
-    void busLostWhileRequestsRun_endsAtOnceAllTheSame();
+    void endUnderLoad_isPromptAndNoCrash_data();
+    void endUnderLoad_isPromptAndNoCrash();
     void busLostWhileARetryWaits_endsAtOnceAllTheSame();
     void terminatedWhileATransferHangs_endsAtOnce();
 };
@@ -87,23 +88,43 @@ void TestEnd::busLostWhileATransferHangs_endsAtOnceAllTheSame()
     QVERIFY(device.hasLine("W/QWIXTD: QWIXTD: lost the system bus"));
 }
 
-// The fetch thread is in the middle of a handshake as likely as not, with libraries that must not be gone
-// then.
-void TestEnd::busLostWhileRequestsRun_endsAtOnceAllTheSame()
+void TestEnd::endUnderLoad_isPromptAndNoCrash_data()
 {
-    for (int round = 1; round <= 5; ++round) {
+    QTest::addColumn<bool>("busIsLost");
+    QTest::addColumn<int>("status");
+
+    QTest::newRow("terminated") << false << 128 + SIGTERM;
+    QTest::newRow("bus lost") << true << 1;
+}
+
+// The fetch thread is in the middle of a handshake or of an answer as likely as not, with libraries and
+// objects that must not be gone then. The number of ends comes from the environment variable
+// QWIXTD_TEST_ENDS, for a longer trial than that of every day.
+void TestEnd::endUnderLoad_isPromptAndNoCrash()
+{
+    QFETCH(bool, busIsLost);
+    QFETCH(int, status);
+    const int ends = qEnvironmentVariable("QWIXTD_TEST_ENDS", "5"_text).toInt();
+    QVERIFY(ends > 0);
+
+    for (int round = 1; round <= ends; ++round) {
         DeviceUnderTest device;
         QVERIFY(device.startAll());
+        device.server().failNext(7, ServerFault::withStatus(503));
         for (int i = 0; i < 40; ++i) {
             device.watcher().registerApplication(QStringLiteral("w%1").arg(i), "Name"_text, "t"_text);
         }
-        EVENTUALLY(device.server().requestCount() >= 2 * round);
+        EVENTUALLY(device.server().requestCount() >= 2 + round % 15);
 
         device.expectExit();
-        device.bus().stop();
+        if (busIsLost) {
+            device.bus().stop();
+        } else {
+            QCOMPARE(::kill(static_cast<pid_t>(device.program().processId()), SIGTERM), 0);
+        }
 
         QVERIFY(device.program().waitForExit(promptMs));
-        QCOMPARE(device.program().exitStatus(), 1);
+        QCOMPARE(device.program().exitStatus(), status);
     }
 }
 
