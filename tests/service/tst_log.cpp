@@ -16,6 +16,7 @@ private Q_SLOTS:
     void init() { PlatformCapture::clear(); }
 
     void lineBeforeTheTagIsSet_carriesAnEmptyTag();
+    void emptyTag_leavesThePlaceToTheNext();
     void secondTag_isIgnored();
     void eachLevel_hasItsPriority();
     void verboseAndDebug_writeNothing();
@@ -30,6 +31,16 @@ void TestLog::lineBeforeTheTagIsSet_carriesAnEmptyTag()
     logInfo("early");
     QCOMPARE(PlatformCapture::lines().size(), 1);
     QCOMPARE(PlatformCapture::lines().constFirst().tag, QByteArray());
+}
+
+void TestLog::emptyTag_leavesThePlaceToTheNext()
+{
+    logSetTag("");
+    logSetTag("QWIXTD");
+
+    logInfo("line");
+
+    QCOMPARE(PlatformCapture::lines().constFirst().tag, QByteArray("QWIXTD"));
 }
 
 void TestLog::secondTag_isIgnored()
