@@ -2,8 +2,10 @@
 
 #include <QString>
 
-/// Whether @p text can stand as host or host:port in a URL: not empty, without a blank, a control character
-/// or one of / @ ? #, and with a port that is one.
+/// Whether @p text can stand as host or host:port in a URL, and is what is contacted then: a name of ASCII
+/// letters, digits, - and _, an address of four numbers, or one of version 6 in brackets, and a port from 1
+/// to 65535. What a URL would rewrite is refused: an address in another form (1.2.3, 0x7f.1), percent
+/// escapes, names beyond ASCII (give their xn-- form). Only capital letters are made small.
 bool isHostName(const QString &text);
 
 /// The developer server as host or host:port: the environment variable QWIXTD_SERVER_HOST, else the built-in

@@ -39,6 +39,7 @@ void TestServerHost::goodHost_isUsed_data()
     QTest::newRow("with a port") << "localhost:1"_text;
     QTest::newRow("address") << "127.0.0.1:1"_text;
     QTest::newRow("address of version 6") << "[::1]:1"_text;
+    QTest::newRow("dot at the end") << "localhost.:1"_text;
 }
 
 void TestServerHost::goodHost_isUsed()
@@ -69,6 +70,14 @@ void TestServerHost::badHost_isIgnoredWithAWarning_data()
     QTest::newRow("user") << "user@localhost"_text;
     QTest::newRow("query") << "localhost?query"_text;
     QTest::newRow("fragment") << "localhost#part"_text;
+    QTest::newRow("port alone") << ":443"_text;
+    QTest::newRow("port 0") << "localhost:0"_text;
+    QTest::newRow("port beyond the last") << "localhost:99999"_text;
+    QTest::newRow("port that is a word") << "localhost:https"_text;
+    QTest::newRow("address of three numbers") << "127.0.1"_text;
+    QTest::newRow("address as one number") << "0x7f000001"_text;
+    QTest::newRow("percent escape") << "%6cocalhost"_text;
+    QTest::newRow("open bracket") << "[::1"_text;
 }
 
 void TestServerHost::badHost_isIgnoredWithAWarning()
