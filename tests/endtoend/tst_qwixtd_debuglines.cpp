@@ -17,6 +17,7 @@ private Q_SLOTS:
     void retries_areTold();
     void registration_isToldFromTheBusToTheServer();
     void requestAndReply_areOnTheFrameworksChannel();
+    void registeredData_arePrintedBeforeTheTaskIsAnnounced();
 };
 
 namespace
@@ -281,6 +282,22 @@ void TestDebugLines::requestAndReply_areOnTheFrameworksChannel()
     for (const QByteArray &line : expected) {
         QVERIFY2(device.hasLine(line), line.constData());
     }
+}
+
+void TestDebugLines::registeredData_arePrintedBeforeTheTaskIsAnnounced()
+{
+    DeviceUnderTest device(DeviceUnderTest::WithDebugLines);
+    QVERIFY(device.startAll());
+
+    QVERIFY(device.registerApplication("u1"_text, "Clock"_text, "t"_text));
+
+    const QByteArray announced = "I/QWIXTD: QWixtApplicationManager: added register app task";
+    EVENTUALLY(device.hasLine(announced));
+    const QList<QByteArray> lines = device.lines();
+    const auto data =
+        lines.indexOf(R"(QMap(("name", QVariant(QString, "Clock"))("type", QVariant(QString, "t"))))");
+    QVERIFY(data >= 0);
+    QVERIFY(data < lines.indexOf(announced));
 }
 
 QTEST_GUILESS_MAIN(TestDebugLines)
