@@ -8,6 +8,22 @@
 #include <QCoreApplication>
 #include <QTimer>
 
+namespace
+{
+
+QStringList asText(const QMap<QString, RemoteApplication *> &records)
+{
+    QStringList list;
+    for (auto record = records.cbegin(); record != records.cend(); ++record) {
+        const RemoteApplication a = record.value() == nullptr ? RemoteApplication() : *record.value();
+        list.append(
+            QStringLiteral("%1: %2 %3 %4 %5").arg(record.key(), a.appId, a.identifier, a.name, a.type));
+    }
+    return list;
+}
+
+} // namespace
+
 OpenManager::~OpenManager()
 {
     letGoInWorker();
@@ -38,18 +54,80 @@ void OpenManager::finishOnFetchThread()
 
 void OpenManager::beReady()
 {
-    daemonStarted = true;
-    widgetsListReceived = true;
-    internetAvailable = true;
-    remoteListReceived = true;
-    apiKey = QStringLiteral("key");
-    remoteId = QStringLiteral("d9");
+    setKnowledge({true, true, true, true, QStringLiteral("key"), QString(), QStringLiteral("d9"), {}});
     state = Ready;
+}
+
+void OpenManager::beWaitingForList()
+{
+    beReady();
+    remoteListReceived = false;
+    state = WaitForList;
+}
+
+void OpenManager::setState(int number)
+{
+    state = static_cast<ManagerState>(number);
+}
+
+void OpenManager::setKnowledge(const Knowledge &knowledge)
+{
+    daemonStarted = knowledge.daemonStarted;
+    widgetsListReceived = knowledge.widgetsListReceived;
+    internetAvailable = knowledge.internetAvailable;
+    remoteListReceived = knowledge.remoteListReceived;
+    apiKey = knowledge.apiKey;
+    serial = knowledge.serial;
+    remoteId = knowledge.remoteId;
+    installedWidgets = knowledge.installedWidgets;
+}
+
+OpenManager::Knowledge OpenManager::knowledge() const
+{
+    return {daemonStarted, widgetsListReceived, internetAvailable, remoteListReceived, apiKey, serial,
+            remoteId,      installedWidgets};
+}
+
+void OpenManager::setApiKey(const QString &key)
+{
+    apiKey = key;
+}
+
+void OpenManager::setRemoteId(const QString &id)
+{
+    remoteId = id;
+}
+
+void OpenManager::setWidgets(const QStringList &widgets)
+{
+    installedWidgets = widgets;
+}
+
+void OpenManager::setQueue(std::initializer_list<RemoteTaskDescription> descriptions)
+{
+    pendingTasks = descriptions;
 }
 
 void OpenManager::addRemote(const RemoteApplication &application)
 {
     remoteApplications.insert(application.appId, new RemoteApplication(application));
+}
+
+void OpenManager::addRemoteId(const QString &appId)
+{
+    remoteApplications.insert(appId, nullptr);
+}
+
+void OpenManager::loseInternet()
+{
+    internetAvailable = false;
+    evaluateState();
+}
+
+void OpenManager::regainInternet()
+{
+    internetAvailable = true;
+    evaluateState();
 }
 
 void OpenManager::succeed(const RemoteTaskDescription &descr, const QByteArray &reply)
@@ -72,12 +150,6 @@ void OpenManager::retryNow()
     }
 }
 
-RemoteTaskWithDescription *OpenManager::onlyTask() const
-{
-    Q_ASSERT(tasksByDescription.size() == 1);
-    return *tasksByDescription.begin();
-}
-
 void OpenManager::holdInWorker(RemoteTaskWithDescription *task)
 {
     findChild<VDataFetcherPrivate *>()->execQueue.append(task);
@@ -91,6 +163,59 @@ void OpenManager::letGoInWorker()
 int OpenManager::heldInWorker() const
 {
     return static_cast<int>(findChild<VDataFetcherPrivate *>()->execQueue.size());
+}
+
+RemoteTaskWithDescription *OpenManager::taskOf(const RemoteTaskDescription &descr) const
+{
+    return tasksByDescription.find(descr);
+}
+
+RemoteTaskWithDescription *OpenManager::anyTask() const
+{
+    return *tasksByDescription.begin();
+}
+
+RemoteTaskWithDescription *OpenManager::onlyTask() const
+{
+    return taskCount() == 1 ? anyTask() : nullptr;
+}
+
+QTimer *OpenManager::onlyRetry() const
+{
+    return retryCount() == 1 ? retryTimers.first() : nullptr;
+}
+
+RemoteTaskWithDescription *OpenManager::taskOfOnlyRetry() const
+{
+    return retryCount() == 1 ? retryTimers.firstKey() : nullptr;
+}
+
+bool OpenManager::holdsNothing() const
+{
+    return pendingTasks.isEmpty() && tasksByDescription.isEmpty() && retryTimers.isEmpty() &&
+           outstandingRuns.isEmpty();
+}
+
+QStringList OpenManager::localRecords() const
+{
+    return asText(localApplications);
+}
+
+QStringList OpenManager::remoteRecords() const
+{
+    return asText(remoteApplications);
+}
+
+QList<QByteArray> managerLines(int priority)
+{
+    QList<QByteArray> lines;
+    const QList<QByteArray> all = PlatformCapture::texts(priority);
+    for (const QByteArray &line : all) {
+        if (line.startsWith("QWixtApplicationManager: ")) {
+            lines.append(line);
+        }
+    }
+    return lines;
 }
 
 namespace Descr

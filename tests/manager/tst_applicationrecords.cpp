@@ -5,41 +5,6 @@
 
 #include <QtTest>
 
-Q_DECLARE_METATYPE(RemoteTaskDescription)
-
-namespace
-{
-
-constexpr int debugPriority = 3;
-constexpr int infoPriority = 4;
-constexpr int warningPriority = 5;
-
-/// The manager's lines among all.
-QList<QByteArray> ownTexts(int priority = LogPriority::Any)
-{
-    QList<QByteArray> own;
-    const QList<QByteArray> all = PlatformCapture::texts(priority);
-    for (const QByteArray &line : all) {
-        if (line.startsWith("QWixtApplicationManager: ")) {
-            own.append(line);
-        }
-    }
-    return own;
-}
-
-QStringList recordsOf(const QMap<QString, RemoteApplication *> &records)
-{
-    QStringList list;
-    for (auto record = records.cbegin(); record != records.cend(); ++record) {
-        const RemoteApplication &a = *record.value();
-        list.append(
-            QStringLiteral("%1: %2 %3 %4 %5").arg(record.key(), a.appId, a.identifier, a.name, a.type));
-    }
-    return list;
-}
-
-} // namespace
-
 class TestApplicationRecords : public QObject
 {
     Q_OBJECT
@@ -55,6 +20,7 @@ private Q_SLOTS:
     void register_thirdCallAfterTheReplyIsSent();
 
     void update_ofAnUnknownApplicationRegisters();
+    void update_ofAnIdWithoutARecordRegisters();
     void update_ofAnUnchangedApplicationSendsNothing();
     void update_isSentWhenAFieldDiffers_data();
     void update_isSentWhenAFieldDiffers();
@@ -76,6 +42,7 @@ private Q_SLOTS:
     void announcement_comesWhenQueueAndRecordsAreChanged_data();
     void announcement_comesWhenQueueAndRecordsAreChanged();
     void deleteReply_removesTheRecord();
+    void deleteReply_withoutARecordIsAnnounced();
     void updateReply_changesTheNameOnly();
     void updateReply_ofAnUnknownApplicationWarns();
     void replyOfUnknownKind_warns();
@@ -87,6 +54,7 @@ private Q_SLOTS:
     void listReply_unreadableGivesNoRecords();
     void replyBody_isPrintedInDebug();
 
+    void lookUps_findRecordsWithoutAWord();
     void lookUps_warnAboutUnknownIds();
 
 private:
@@ -109,9 +77,11 @@ void TestApplicationRecords::register_outsideReadyOnlyQueues()
 {
     OpenManager manager;
     PlatformCapture::clear();
+
     manager.registerApplication(text("u1"), text("Clock"), text("t"));
-    QVERIFY(manager.pendingTasks.inOrder() == QList<RemoteTaskDescription>{Descr::registration("u1")});
-    QVERIFY(manager.tasksByDescription.isEmpty());
+
+    QVERIFY(manager.queue() == QList<RemoteTaskDescription>{Descr::registration("u1")});
+    QCOMPARE(manager.taskCount(), 0);
     QVERIFY(PlatformCapture::lines().isEmpty());
 }
 
@@ -120,9 +90,11 @@ void TestApplicationRecords::register_inReadyIsSentAndTold()
     OpenManager manager;
     manager.beReady();
     const MessageCapture messages;
+
     manager.registerApplication(text("u1"), text("Clock"), text("t"));
-    QVERIFY(manager.tasksByDescription.find(Descr::registration("u1")) != nullptr);
-    QCOMPARE(PlatformCapture::texts(infoPriority),
+
+    QVERIFY(manager.taskOf(Descr::registration("u1")) != nullptr);
+    QCOMPARE(PlatformCapture::texts(LogPriority::Info),
              QList<QByteArray>{"QWixtApplicationManager: added register app task"});
     QTRY_COMPARE(CurlFake::requestCount(), 1);
     // The request's parameters, then the description's data.
@@ -151,8 +123,11 @@ void TestApplicationRecords::register_ofARegisteredWidgetIsSentAgain()
     OpenManager manager;
     manager.beReady();
     manager.addRemote({text("a1"), text("u1"), text("Clock"), text("t")});
-    QVERIFY(manager.registerApplication(text("u1"), text("Clock"), text("t")));
-    QCOMPARE(manager.pendingTasks.size(), 1);
+
+    const bool isQueued = manager.registerApplication(text("u1"), text("Clock"), text("t"));
+
+    QVERIFY(isQueued);
+    QCOMPARE(manager.queue().size(), 1);
 }
 
 void TestApplicationRecords::register_thirdCallAfterTheReplyIsSent()
@@ -162,24 +137,38 @@ void TestApplicationRecords::register_thirdCallAfterTheReplyIsSent()
     QVERIFY(manager.registerApplication(text("u1"), text("Clock"), text("t")));
     QVERIFY(!manager.registerApplication(text("u1"), text("Clock"), text("t")));
     manager.succeed(Descr::registration("u1"), R"({"app_id":"a1"})");
-    QVERIFY(manager.pendingTasks.isEmpty());
-    QVERIFY(manager.tasksByDescription.isEmpty());
-    QVERIFY(manager.registerApplication(text("u1"), text("Clock"), text("t")));
+    QVERIFY(manager.queue().isEmpty());
+    QCOMPARE(manager.taskCount(), 0);
+
+    const bool isQueued = manager.registerApplication(text("u1"), text("Clock"), text("t"));
+
+    QVERIFY(isQueued);
+    QVERIFY(manager.queue() == QList<RemoteTaskDescription>{Descr::registration("u1")});
+    QVERIFY(manager.taskOf(Descr::registration("u1")) != nullptr);
 }
 
 void TestApplicationRecords::update_ofAnUnknownApplicationRegisters()
 {
     OpenManager manager;
     manager.beReady();
-    manager.updateApplication(text("a9"), text("u1"), text("Clock"), text("t"));
-    QCOMPARE(PlatformCapture::texts(warningPriority),
-             QList<QByteArray>{"No remote info about application a9 register one more time"});
-    QVERIFY(manager.pendingTasks.inOrder() == QList<RemoteTaskDescription>{Descr::registration("u1")});
-    QCOMPARE(recordsOf(manager.localApplications), QStringList{text("a9: a9 u1 Clock t")});
 
-    manager.remoteApplications.insert(text("null"), nullptr);
-    manager.updateApplication(text("null"), text("u2"), text("Clock"), text("t"));
-    QVERIFY(manager.pendingTasks.contains(Descr::registration("u2")));
+    manager.updateApplication(text("a9"), text("u1"), text("Clock"), text("t"));
+
+    QCOMPARE(PlatformCapture::texts(LogPriority::Warning),
+             QList<QByteArray>{"No remote info about application a9 register one more time"});
+    QVERIFY(manager.queue() == QList<RemoteTaskDescription>{Descr::registration("u1")});
+    QCOMPARE(manager.localRecords(), QStringList{text("a9: a9 u1 Clock t")});
+}
+
+void TestApplicationRecords::update_ofAnIdWithoutARecordRegisters()
+{
+    OpenManager manager;
+    manager.beReady();
+    manager.addRemoteId(text("a9"));
+
+    manager.updateApplication(text("a9"), text("u1"), text("Clock"), text("t"));
+
+    QVERIFY(manager.queue() == QList<RemoteTaskDescription>{Descr::registration("u1")});
 }
 
 void TestApplicationRecords::update_ofAnUnchangedApplicationSendsNothing()
@@ -187,9 +176,11 @@ void TestApplicationRecords::update_ofAnUnchangedApplicationSendsNothing()
     OpenManager manager;
     manager.beReady();
     manager.addRemote({text("a1"), text("u1"), text("Clock"), text("t")});
+
     manager.updateApplication(text("a1"), text("u1"), text("Clock"), text("t"));
-    QVERIFY(manager.pendingTasks.isEmpty());
-    QCOMPARE(PlatformCapture::texts(infoPriority),
+
+    QVERIFY(manager.queue().isEmpty());
+    QCOMPARE(PlatformCapture::texts(LogPriority::Info),
              QList<QByteArray>{"QWixtApplicationManager: application is not changed"});
 }
 
@@ -212,12 +203,14 @@ void TestApplicationRecords::update_isSentWhenAFieldDiffers()
     OpenManager manager;
     manager.beReady();
     manager.addRemote({text("a1"), text("u1"), text("Clock"), text("t")});
+
     manager.updateApplication(text("a1"), uuid, name, type);
+
     const RemoteTaskDescription descr = {
         3, uuid, {{text("app_id"), text("a1")}, {text("name"), name}, {text("type"), type}}};
-    QVERIFY(manager.pendingTasks.inOrder() == QList<RemoteTaskDescription>{descr});
-    QVERIFY(manager.tasksByDescription.find(descr) != nullptr);
-    QCOMPARE(PlatformCapture::texts(infoPriority),
+    QVERIFY(manager.queue() == QList<RemoteTaskDescription>{descr});
+    QVERIFY(manager.taskOf(descr) != nullptr);
+    QCOMPARE(PlatformCapture::texts(LogPriority::Info),
              QList<QByteArray>{"QWixtApplicationManager: added update app task"});
 }
 
@@ -226,41 +219,48 @@ void TestApplicationRecords::update_twiceIsQueuedOnce()
     OpenManager manager;
     manager.beReady();
     manager.addRemote({text("a1"), text("u1"), text("Clock"), text("t")});
+
     manager.updateApplication(text("a1"), text("u1"), text("Watch"), text("t"));
     manager.updateApplication(text("a1"), text("u1"), text("Watch"), text("t"));
-    QCOMPARE(manager.pendingTasks.size(), 1);
-    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: update task already exists"), 1);
     manager.updateApplication(text("a1"), text("u1"), text("Wrist"), text("t"));
-    QCOMPARE(manager.pendingTasks.size(), 2);
+
+    QVERIFY(manager.queue() == (QList<RemoteTaskDescription>{Descr::update("a1", "u1", "Watch"),
+                                                             Descr::update("a1", "u1", "Wrist")}));
+    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: update task already exists"), 1);
 }
 
 void TestApplicationRecords::update_keepsTheLastWish()
 {
     OpenManager manager;
     manager.addRemote({text("a1"), text("u1"), text("Clock"), text("t")});
+
     manager.updateApplication(text("a1"), text("u1"), text("Watch"), text("t"));
     manager.updateApplication(text("a1"), text("u1"), text("Wrist"), text("t"));
     manager.updateApplication(text("a2"), text("u2"), text("x"), text("y"));
-    QCOMPARE(recordsOf(manager.localApplications),
-             (QStringList{text("a1: a1 u1 Wrist t"), text("a2: a2 u2 x y")}));
+
+    QCOMPARE(manager.localRecords(), (QStringList{text("a1: a1 u1 Wrist t"), text("a2: a2 u2 x y")}));
 }
 
 void TestApplicationRecords::delete_queuesAgainOnPurpose()
 {
     OpenManager manager;
+
     manager.deleteApplication(text("a1"), text("u1"), text("t"));
     manager.deleteApplication(text("a1"), text("u1"), text("t"));
-    QVERIFY(manager.pendingTasks.inOrder() ==
+
+    QVERIFY(manager.queue() ==
             (QList<RemoteTaskDescription>{Descr::deletion("a1", "u1"), Descr::deletion("a1", "u1")}));
 }
 
 void TestApplicationRecords::delete_refusedByADataLessOne()
 {
     OpenManager manager;
-    manager.pendingTasks = {{2, text("u1"), {}}};
+    manager.setQueue({{2, text("u1"), {}}});
     PlatformCapture::clear();
+
     manager.deleteApplication(text("a1"), text("u1"), text("t"));
-    QCOMPARE(manager.pendingTasks.size(), 1);
+
+    QCOMPARE(manager.queue().size(), 1);
     QCOMPARE(PlatformCapture::texts(),
              QList<QByteArray>{"QWixtApplicationManager: delete task already exists"});
 }
@@ -270,11 +270,13 @@ void TestApplicationRecords::delete_inReadyHasItsLines()
     OpenManager manager;
     manager.beReady();
     PlatformCapture::clear();
+
     manager.deleteApplication(text("a1"), text("u1"), text("t"));
-    QCOMPARE(PlatformCapture::texts(infoPriority),
+
+    QCOMPARE(PlatformCapture::texts(LogPriority::Info),
              QList<QByteArray>{"QWixtApplicationManager: added delete app task"});
-    QCOMPARE(ownTexts(), (QList<QByteArray>{"QWixtApplicationManager: added delete app task",
-                                            "QWixtApplicationManager: added delete app a1 t task"}));
+    QCOMPARE(managerLines(), (QList<QByteArray>{"QWixtApplicationManager: added delete app task",
+                                                "QWixtApplicationManager: added delete app a1 t task"}));
 }
 
 void TestApplicationRecords::widgetDeleted_deletesEveryMatchWithAnEmptyType()
@@ -284,8 +286,10 @@ void TestApplicationRecords::widgetDeleted_deletesEveryMatchWithAnEmptyType()
     manager.addRemote({text("a2"), text("u1"), text("n"), text("t")});
     manager.addRemote({text("a1"), text("u1"), text("n"), text("t")});
     manager.addRemote({text("a3"), text("u3"), text("n"), text("t")});
+
     manager.widgetDeleted(text("package"), text("u1"));
-    QVERIFY(manager.pendingTasks.inOrder() ==
+
+    QVERIFY(manager.queue() ==
             (QList<RemoteTaskDescription>{Descr::deletion("a1", "u1", ""), Descr::deletion("a2", "u1", "")}));
     CurlFake::release();
     QTRY_COMPARE(CurlFake::requestCount(), 2);
@@ -296,21 +300,23 @@ void TestApplicationRecords::widgetDeleted_deletesEveryMatchWithAnEmptyType()
 void TestApplicationRecords::widgetDeleted_leavesTheInstalledWidgetsAlone()
 {
     OpenManager manager;
-    manager.installedWidgets = QStringList{text("u1"), text("u2")};
+    manager.setWidgets({text("u1"), text("u2")});
     manager.addRemote({text("a1"), text("u1"), text("n"), text("t")});
 
     manager.widgetDeleted(text("package"), text("u1"));
 
-    QCOMPARE(manager.installedWidgets, (QStringList{text("u1"), text("u2")}));
+    QCOMPARE(manager.knowledge().installedWidgets, (QStringList{text("u1"), text("u2")}));
 }
 
 void TestApplicationRecords::widgetDeleted_withoutAnyRecordHasItsLine()
 {
     OpenManager manager;
     PlatformCapture::clear();
+
     manager.widgetDeleted(text("package"), text("u1"));
-    QVERIFY(manager.pendingTasks.isEmpty());
-    QCOMPARE(PlatformCapture::texts(debugPriority),
+
+    QVERIFY(manager.queue().isEmpty());
+    QCOMPARE(PlatformCapture::texts(LogPriority::Debug),
              QList<QByteArray>{"QWixtApplicationManager: no widget registered to delete"});
 }
 
@@ -319,8 +325,10 @@ void TestApplicationRecords::widgetDeleted_withoutAMatchHasNoLine()
     OpenManager manager;
     manager.addRemote({text("a3"), text("u3"), text("n"), text("t")});
     PlatformCapture::clear();
+
     manager.widgetDeleted(text("package"), text("U3")); // the case counts
-    QVERIFY(manager.pendingTasks.isEmpty());
+
+    QVERIFY(manager.queue().isEmpty());
     QVERIFY(PlatformCapture::lines().isEmpty());
 }
 
@@ -329,11 +337,13 @@ void TestApplicationRecords::registerReply_makesARecord()
     OpenManager manager;
     const QSignalSpy registered(&manager, &QWixtApplicationManager::applicationRegistered);
     PlatformCapture::clear();
+
     manager.succeed(Descr::registration("u1"), R"({"app_id":"a1","status":"fine"})");
-    QCOMPARE(recordsOf(manager.remoteApplications), QStringList{text("a1: a1 u1 Clock t")});
+
+    QCOMPARE(manager.remoteRecords(), QStringList{text("a1: a1 u1 Clock t")});
     QCOMPARE(registered.count(), 1);
     QCOMPARE(registered.at(0), (QVariantList{text("u1"), text("a1"), text("t")}));
-    QCOMPARE(PlatformCapture::texts(infoPriority),
+    QCOMPARE(PlatformCapture::texts(LogPriority::Info),
              QList<QByteArray>{"QWixtApplicationManager: Application registered with status fine"});
 }
 
@@ -342,10 +352,12 @@ void TestApplicationRecords::registerReply_withoutAppId()
     OpenManager manager;
     const QSignalSpy registered(&manager, &QWixtApplicationManager::applicationRegistered);
     PlatformCapture::clear();
+
     manager.succeed(Descr::registration("u1"), "not JSON");
-    QCOMPARE(recordsOf(manager.remoteApplications), QStringList{text(":  u1 Clock t")});
+
+    QCOMPARE(manager.remoteRecords(), QStringList{text(":  u1 Clock t")});
     QCOMPARE(registered.at(0), (QVariantList{text("u1"), text(""), text("t")}));
-    QCOMPARE(PlatformCapture::texts(infoPriority),
+    QCOMPARE(PlatformCapture::texts(LogPriority::Info),
              QList<QByteArray>{"QWixtApplicationManager: Application registered with status "});
 }
 
@@ -353,8 +365,10 @@ void TestApplicationRecords::registerReply_replacesTheRecordUnderItsKey()
 {
     OpenManager manager;
     manager.addRemote({text("a1"), text("old"), text("old"), text("old")});
+
     manager.succeed(Descr::registration("u1"), R"({"app_id":"a1"})");
-    QCOMPARE(recordsOf(manager.remoteApplications), QStringList{text("a1: a1 u1 Clock t")});
+
+    QCOMPARE(manager.remoteRecords(), QStringList{text("a1: a1 u1 Clock t")});
 }
 
 void TestApplicationRecords::announcement_comesWhenQueueAndRecordsAreChanged_data()
@@ -383,17 +397,16 @@ void TestApplicationRecords::announcement_comesWhenQueueAndRecordsAreChanged()
     OpenManager manager;
     manager.beReady();
     manager.addRemote({text("a2"), text("u2"), text("n"), text("t")});
-    manager.pendingTasks = {descr};
+    manager.setQueue({descr});
     int announcements = 0;
     bool isQueued = true;
     QStringList recordsThen;
     QList<QByteArray> linesThen;
     const auto look = [&] {
         ++announcements;
-        isQueued = !manager.pendingTasks.isEmpty() || !manager.tasksByDescription.isEmpty() ||
-                   !manager.outstandingRuns.isEmpty();
-        recordsThen = recordsOf(manager.remoteApplications);
-        linesThen = PlatformCapture::texts(infoPriority);
+        isQueued = !manager.holdsNothing();
+        recordsThen = manager.remoteRecords();
+        linesThen = PlatformCapture::texts(LogPriority::Info);
     };
     connect(&manager, &QWixtApplicationManager::applicationRegistered, &manager, look);
     connect(&manager, &QWixtApplicationManager::applicationDeleted, &manager, look);
@@ -413,15 +426,27 @@ void TestApplicationRecords::deleteReply_removesTheRecord()
     manager.addRemote({text("a1"), text("u1"), text("n"), text("t")});
     const QSignalSpy deleted(&manager, &QWixtApplicationManager::applicationDeleted);
     PlatformCapture::clear();
-    manager.succeed(Descr::deletion("a1", "u1"), "whatever");
-    QVERIFY(manager.remoteApplications.isEmpty());
-    QCOMPARE(deleted.at(0), (QVariantList{text("u1"), text("a1"), text("t")}));
-    QCOMPARE(PlatformCapture::texts(infoPriority),
-             QList<QByteArray>{"QWixtApplicationManager: Application deleted"});
 
-    // One that is not recorded is announced all the same.
+    manager.succeed(Descr::deletion("a1", "u1"), "whatever");
+
+    QVERIFY(manager.remoteRecords().isEmpty());
+    QCOMPARE(deleted.count(), 1);
+    QCOMPARE(deleted.at(0), (QVariantList{text("u1"), text("a1"), text("t")}));
+    QCOMPARE(PlatformCapture::texts(LogPriority::Info),
+             QList<QByteArray>{"QWixtApplicationManager: Application deleted"});
+}
+
+void TestApplicationRecords::deleteReply_withoutARecordIsAnnounced()
+{
+    OpenManager manager;
+    manager.addRemote({text("a1"), text("u1"), text("n"), text("t")});
+    const QSignalSpy deleted(&manager, &QWixtApplicationManager::applicationDeleted);
+
     manager.succeed(Descr::deletion("a2", "u2"));
-    QCOMPARE(deleted.count(), 2);
+
+    QCOMPARE(deleted.count(), 1);
+    QCOMPARE(deleted.at(0), (QVariantList{text("u2"), text("a2"), text("t")}));
+    QCOMPARE(manager.remoteRecords(), QStringList{text("a1: a1 u1 n t")});
 }
 
 void TestApplicationRecords::updateReply_changesTheNameOnly()
@@ -429,19 +454,23 @@ void TestApplicationRecords::updateReply_changesTheNameOnly()
     OpenManager manager;
     manager.addRemote({text("a1"), text("u1"), text("n"), text("t")});
     PlatformCapture::clear();
+
     manager.succeed(Descr::update("a1", "u2", "new", "t2"));
-    QCOMPARE(recordsOf(manager.remoteApplications), QStringList{text("a1: a1 u1 new t")});
-    QCOMPARE(PlatformCapture::texts(infoPriority),
+
+    QCOMPARE(manager.remoteRecords(), QStringList{text("a1: a1 u1 new t")});
+    QCOMPARE(PlatformCapture::texts(LogPriority::Info),
              QList<QByteArray>{"QWixtApplicationManager: Application updated"});
-    QVERIFY(PlatformCapture::texts(warningPriority).isEmpty());
+    QVERIFY(PlatformCapture::texts(LogPriority::Warning).isEmpty());
 }
 
 void TestApplicationRecords::updateReply_ofAnUnknownApplicationWarns()
 {
     OpenManager manager;
     PlatformCapture::clear();
+
     manager.succeed(Descr::update("a1", "u1"));
-    QVERIFY(manager.remoteApplications.isEmpty());
+
+    QVERIFY(manager.remoteRecords().isEmpty());
     QCOMPARE(PlatformCapture::texts(),
              (QList<QByteArray>{"QWixtApplicationManager: Application updated",
                                 "QWixtApplicationManager: Updated unknown application"}));
@@ -451,70 +480,77 @@ void TestApplicationRecords::replyOfUnknownKind_warns()
 {
     OpenManager manager;
     PlatformCapture::clear();
+
     manager.succeed({7, text("u"), {}});
-    QCOMPARE(PlatformCapture::texts(warningPriority),
+
+    QCOMPARE(PlatformCapture::texts(LogPriority::Warning),
              QList<QByteArray>{"QWixtApplicationManager: unknown type"});
 }
 
 void TestApplicationRecords::listReply_replacesTheRecords()
 {
     OpenManager manager;
-    manager.remoteId = text("d9");
-    manager.installedWidgets = QStringList{text("u1")};
+    manager.setRemoteId(text("d9"));
+    manager.setWidgets({text("u1")});
     manager.addRemote({text("old"), text("u1"), text("n"), text("t")});
-    manager.pendingTasks = {Descr::list()};
+    manager.setQueue({Descr::list()});
+
     manager.succeed(Descr::list(), R"({"apps":[
         {"device_id":"d9","app_id":"a1","identifier":"u1","name":"n1","type":"t1"}]})");
-    QCOMPARE(recordsOf(manager.remoteApplications), QStringList{text("a1: a1 u1 n1 t1")});
-    QVERIFY(manager.remoteListReceived);
-    QVERIFY(manager.pendingTasks.isEmpty());
+
+    QCOMPARE(manager.remoteRecords(), QStringList{text("a1: a1 u1 n1 t1")});
+    QVERIFY(manager.knowledge().remoteListReceived);
+    QVERIFY(manager.queue().isEmpty());
 }
 
 void TestApplicationRecords::listReply_firstOfEqualIdsWins()
 {
     OpenManager manager;
-    manager.remoteId = text("d9");
-    manager.installedWidgets = QStringList{text("u1"), text("u2")};
+    manager.setRemoteId(text("d9"));
+    manager.setWidgets({text("u1"), text("u2")});
+
     manager.succeed(Descr::list(), R"({"apps":[
         {"device_id":"d9","app_id":"a1","identifier":"u1","name":"first","type":"t"},
         {"device_id":"d9","app_id":"a1","identifier":"u2","name":"second","type":"t"}]})");
-    QCOMPARE(recordsOf(manager.remoteApplications), QStringList{text("a1: a1 u1 first t")});
+
+    QCOMPARE(manager.remoteRecords(), QStringList{text("a1: a1 u1 first t")});
 }
 
 void TestApplicationRecords::listReply_otherDevicesAreIgnored()
 {
     OpenManager manager;
-    manager.remoteId = text("d9");
-    manager.installedWidgets = QStringList{text("u1")};
+    manager.setRemoteId(text("d9"));
+    manager.setWidgets({text("u1")});
+
     manager.succeed(Descr::list(), R"({"apps":[
         {"device_id":"d8","app_id":"a1","identifier":"u1","name":"n","type":"t"},
         {"app_id":"a2","identifier":"u1","name":"n","type":"t"}]})");
-    QVERIFY(manager.remoteApplications.isEmpty());
-    QVERIFY(manager.pendingTasks.isEmpty());
+
+    QVERIFY(manager.remoteRecords().isEmpty());
+    QVERIFY(manager.queue().isEmpty());
 }
 
 void TestApplicationRecords::listReply_applicationsWithoutWidgetAreDeleted()
 {
     OpenManager manager;
-    manager.beReady();
-    manager.remoteListReceived = false;
-    manager.state = QWixtApplicationManager::WaitForList;
-    manager.installedWidgets = QStringList{text("u1"), text("u2")};
+    manager.beWaitingForList();
+    manager.setWidgets({text("u1"), text("u2")});
     const MessageCapture messages;
-    PlatformCapture::clear();
     const QSignalSpy ready(&manager, &QWixtApplicationManager::readyToWork);
+    PlatformCapture::clear();
+
     manager.succeed(Descr::list(), R"({"apps":[
         {"device_id":"d9","app_id":"b","identifier":"gone","name":"n","type":"t2"},
         {"device_id":"d9","app_id":"a","identifier":"U1","name":"n","type":"t1"},
         {"device_id":"d9","app_id":"c","identifier":"u1","name":"n","type":"t3"}]})");
+
     // In the order of the ids, with the types listed; the case of an identifier counts.
-    QVERIFY(
-        manager.pendingTasks.inOrder() ==
-        (QList<RemoteTaskDescription>{Descr::deletion("a", "U1", "t1"), Descr::deletion("b", "gone", "t2")}));
+    QVERIFY(manager.queue() == (QList<RemoteTaskDescription>{Descr::deletion("a", "U1", "t1"),
+                                                             Descr::deletion("b", "gone", "t2")}));
     QCOMPARE(ready.count(), 1);
-    QCOMPARE(manager.state, QWixtApplicationManager::Ready);
+    QCOMPARE(manager.currentState(), QWixtApplicationManager::Ready);
     QVERIFY(messages.debugTexts().contains(text("u1, u2")));
-    QCOMPARE(ownTexts(debugPriority).mid(0, 2),
+    QCOMPARE(managerLines(LogPriority::Debug).mid(0, 2),
              (QList<QByteArray>{"QWixtApplicationManager: There are no widget with id U1",
                                 "QWixtApplicationManager: There are no widget with id gone"}));
     CurlFake::release();
@@ -536,33 +572,51 @@ void TestApplicationRecords::listReply_unreadableGivesNoRecords()
 {
     QFETCH(QByteArray, reply);
     OpenManager manager;
-    manager.remoteId = text("d9");
+    manager.setRemoteId(text("d9"));
     manager.addRemote({text("old"), text("u1"), text("n"), text("t")});
+
     manager.succeed(Descr::list(), reply);
-    QVERIFY(manager.remoteApplications.isEmpty());
-    QVERIFY(manager.remoteListReceived);
+
+    QVERIFY(manager.remoteRecords().isEmpty());
+    QVERIFY(manager.knowledge().remoteListReceived);
 }
 
 void TestApplicationRecords::replyBody_isPrintedInDebug()
 {
     OpenManager manager;
     const MessageCapture messages;
+
     manager.succeed(Descr::deletion("a", "u"), "the body");
+
     QCOMPARE(messages.debugTexts(), QStringList{text("\"the body\"")});
+}
+
+void TestApplicationRecords::lookUps_findRecordsWithoutAWord()
+{
+    OpenManager manager;
+    manager.addRemote({text("a1"), text("u1"), text("n"), text("t")});
+    manager.updateApplication(text("a1"), text("u1"), text("n"), text("t"));
+    PlatformCapture::clear();
+
+    const RemoteApplication *const local = manager.localApplication(text("a1"));
+    const RemoteApplication *const remote = manager.remoteApplication(text("a1"));
+
+    QCOMPARE(local->identifier, text("u1"));
+    QCOMPARE(remote->identifier, text("u1"));
+    QVERIFY(PlatformCapture::lines().isEmpty());
 }
 
 void TestApplicationRecords::lookUps_warnAboutUnknownIds()
 {
     OpenManager manager;
     manager.addRemote({text("a1"), text("u1"), text("n"), text("t")});
-    manager.updateApplication(text("a1"), text("u1"), text("n"), text("t"));
-    PlatformCapture::clear();
-    QCOMPARE(manager.localApplication(text("a1"))->identifier, text("u1"));
-    QCOMPARE(manager.remoteApplication(text("a1"))->identifier, text("u1"));
-    QVERIFY(PlatformCapture::lines().isEmpty());
-    QVERIFY(manager.localApplication(text("x")) == nullptr);
-    QVERIFY(manager.remoteApplication(text("y")) == nullptr);
-    QCOMPARE(PlatformCapture::texts(warningPriority),
+
+    const RemoteApplication *const local = manager.localApplication(text("x"));
+    const RemoteApplication *const remote = manager.remoteApplication(text("y"));
+
+    QVERIFY(local == nullptr);
+    QVERIFY(remote == nullptr);
+    QCOMPARE(PlatformCapture::texts(LogPriority::Warning),
              (QList<QByteArray>{"QWixtApplicationManager: No local application with id x",
                                 "QWixtApplicationManager: No remote application with id y"}));
 }

@@ -8,8 +8,7 @@
 namespace
 {
 
-constexpr int debugPriority = 3;
-
+const QByteArray noWidgetsLine = "QWixtApplicationManager: cant get widgets list ";
 const QByteArray processLine = "QWixtApplicationManager: Start process requests";
 
 QStringList methodsOf(const QMetaObject &meta)
@@ -29,7 +28,7 @@ QStringList methodsOf(const QMetaObject &meta)
 /// The last step of a state change that the debug lines tell.
 QByteArray action(const QSignalSpy &ready)
 {
-    const QList<QByteArray> lines = PlatformCapture::texts(debugPriority);
+    const QList<QByteArray> lines = PlatformCapture::texts(LogPriority::Debug);
     if (lines.contains("QWixtApplicationManager: Remove all tasks from worker")) {
         return "remove";
     }
@@ -59,18 +58,23 @@ private Q_SLOTS:
     void construction_isQuietAndSetsUpTheDormantTimer();
     void transition_data();
     void transition();
+    void unknownState_isWarnedAbout_data();
     void unknownState_isWarnedAbout();
 
+    void daemonAbsentAtStart_readsNothingButTheKey();
     void daemonAbsentAtStart_waitsForItsSignal();
     void daemonAnswersAnotherError_staysWaitingButReadsOn();
     void daemonAnswersAnotherErrorLater_countsAsStarted();
     void startOrder_ofTheReads();
     void start_subscribesThenReadsInThisOrder();
     void widgetManagerAbsentAtStart_isWarnedAbout();
+    void widgetManagerAbsentAtStart_isWaitedFor();
+    void widgetListFailsLater_oldListStays();
     void widgetListFails_stateIsEvaluatedAllTheSame();
     void keyEmptyAtStart_waitsForSetUp_data();
     void keyEmptyAtStart_waitsForSetUp();
-    void onlineAndSetUpAtStart_fetchesTheListThenIsReady();
+    void onlineAndSetUpAtStart_fetchesTheList();
+    void listArrives_isReadyAndSaysSo();
     void internetLostWhileWaitingForTheList();
     void internetRegainedAfterTheList_isReadyWithoutASignal();
     void daemonRestart_readsEverythingAgain();
@@ -136,21 +140,24 @@ void TestManagerStates::metaObject_listsSignalsAndSlotsInOrder()
 void TestManagerStates::construction_isQuietAndSetsUpTheDormantTimer()
 {
     const OpenManager manager;
-    QCOMPARE(manager.state, QWixtApplicationManager::WaitForDaemonsToStart);
-    QCOMPARE(PlatformCapture::texts(debugPriority),
+
+    QCOMPARE(manager.currentState(), QWixtApplicationManager::WaitForDaemonsToStart);
+    QCOMPARE(PlatformCapture::texts(LogPriority::Debug),
              QList<QByteArray>{"QWixtApplicationManager: state is WaitForDaemonsToStart"});
-    QCOMPARE(manager.refreshTimer->interval(), 3600000);
-    QVERIFY(manager.refreshTimer->isSingleShot());
-    QVERIFY(!manager.refreshTimer->isActive());
-    QCOMPARE(manager.refreshTimer->parent(), &manager);
+    QCOMPARE(manager.listTimer()->interval(), 3600000);
+    QVERIFY(manager.listTimer()->isSingleShot());
+    QVERIFY(!manager.listTimer()->isActive());
+    QCOMPARE(manager.listTimer()->parent(), &manager);
     QVERIFY(daemon->calls().isEmpty());
 }
 
 void TestManagerStates::refreshTimer_wouldFetchTheList()
 {
     OpenManager manager;
-    manager.refreshTimer->start(0);
-    QTRY_VERIFY(manager.pendingTasks.inOrder() == QList<RemoteTaskDescription>{Descr::list()});
+
+    manager.listTimer()->start(0);
+
+    QTRY_VERIFY(manager.queue() == QList<RemoteTaskDescription>{Descr::list()});
 }
 
 void TestManagerStates::transition_data()
@@ -213,32 +220,28 @@ void TestManagerStates::transition()
     QFETCH(QByteArray, line);
     QFETCH(int, to);
     OpenManager manager;
-    manager.state = static_cast<QWixtApplicationManager::ManagerState>(from);
-    manager.daemonStarted = daemonsUp;
-    manager.widgetsListReceived = daemonsUp;
-    manager.apiKey = setUp ? text("key") : QString();
-    manager.remoteId = text("d9");
-    manager.internetAvailable = internet;
-    manager.remoteListReceived = list;
+    manager.setState(from);
+    manager.setKnowledge(
+        {daemonsUp, daemonsUp, internet, list, setUp ? text("key") : QString(), QString(), text("d9"), {}});
     const QSignalSpy ready(&manager, &QWixtApplicationManager::readyToWork);
     int stateWhenWritten = -1;
     const PlatformCapture::LineWatch watch("QWixtApplicationManager: " + line,
-                                           [&] { stateWhenWritten = manager.state; });
+                                           [&] { stateWhenWritten = manager.currentState(); });
     int stateWhenAnnounced = to;
     bool processedWhenAnnounced = false;
     connect(&manager, &QWixtApplicationManager::readyToWork, &manager, [&] {
-        stateWhenAnnounced = manager.state;
+        stateWhenAnnounced = manager.currentState();
         processedWhenAnnounced = PlatformCapture::count(processLine) > 0;
     });
     PlatformCapture::clear();
 
     manager.evaluateState();
 
-    QCOMPARE(static_cast<int>(manager.state), to);
+    QCOMPARE(static_cast<int>(manager.currentState()), to);
     QCOMPARE(stateWhenWritten, line.isEmpty() ? -1 : from);
     QCOMPARE(stateWhenAnnounced, to);
     QVERIFY(!processedWhenAnnounced);
-    const QList<QByteArray> lines = PlatformCapture::texts(debugPriority);
+    const QList<QByteArray> lines = PlatformCapture::texts(LogPriority::Debug);
     if (line.isEmpty()) {
         QVERIFY(lines.isEmpty());
     } else {
@@ -247,18 +250,39 @@ void TestManagerStates::transition()
     QTEST(action(ready), "entryAction");
 }
 
+void TestManagerStates::unknownState_isWarnedAbout_data()
+{
+    QTest::addColumn<int>("number");
+    QTest::newRow("above") << 5;
+    QTest::newRow("below") << -1;
+}
+
 void TestManagerStates::unknownState_isWarnedAbout()
 {
+    QFETCH(int, number);
     OpenManager manager;
+    manager.setState(number);
     PlatformCapture::clear();
-    for (const int number : {5, -1}) {
-        manager.state = static_cast<QWixtApplicationManager::ManagerState>(number);
-        manager.evaluateState();
-        QCOMPARE(static_cast<int>(manager.state), number);
-    }
-    manager.state = QWixtApplicationManager::WaitForDaemonsToStart;
-    QCOMPARE(PlatformCapture::texts(5), (QList<QByteArray>{"QWixtApplicationManager: Not handled state",
-                                                           "QWixtApplicationManager: Not handled state"}));
+
+    manager.evaluateState();
+
+    QCOMPARE(static_cast<int>(manager.currentState()), number);
+    QCOMPARE(PlatformCapture::texts(), QList<QByteArray>{"QWixtApplicationManager: Not handled state"});
+    QCOMPARE(PlatformCapture::lines().constFirst().priority, static_cast<int>(LogPriority::Warning));
+}
+
+void TestManagerStates::daemonAbsentAtStart_readsNothingButTheKey()
+{
+    QVERIFY(widgets->start());
+    OpenManager manager;
+
+    manager.start();
+
+    QCOMPARE(manager.currentState(), QWixtApplicationManager::WaitForDaemonsToStart);
+    QVERIFY(!manager.knowledge().daemonStarted);
+    QVERIFY(!manager.knowledge().internetAvailable);
+    QVERIFY(manager.knowledge().serial.isEmpty());
+    QVERIFY(manager.knowledge().remoteId.isEmpty());
 }
 
 void TestManagerStates::daemonAbsentAtStart_waitsForItsSignal()
@@ -267,18 +291,14 @@ void TestManagerStates::daemonAbsentAtStart_waitsForItsSignal()
     QVERIFY(widgets->start());
     OpenManager manager;
     manager.start();
-    QCOMPARE(manager.state, QWixtApplicationManager::WaitForDaemonsToStart);
-    QVERIFY(!manager.daemonStarted);
-    QVERIFY(!manager.internetAvailable);
-    QVERIFY(manager.serial.isEmpty());
-    QVERIFY(manager.remoteId.isEmpty());
 
     QVERIFY(daemon->start());
-    QTRY_COMPARE(manager.state, QWixtApplicationManager::WaitForList);
-    QCOMPARE(manager.apiKey, text("key"));
-    QCOMPARE(manager.serial, text("s1"));
-    QCOMPARE(manager.remoteId, text("d9"));
-    QVERIFY(manager.internetAvailable);
+
+    QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::WaitForList);
+    QCOMPARE(manager.knowledge().apiKey, text("key"));
+    QCOMPARE(manager.knowledge().serial, text("s1"));
+    QCOMPARE(manager.knowledge().remoteId, text("d9"));
+    QVERIFY(manager.knowledge().internetAvailable);
     QCOMPARE(daemon->calls(),
              (QStringList{text("apiKey"), text("serial"), text("remoteId"), text("isInternetAvailable")}));
 }
@@ -289,12 +309,14 @@ void TestManagerStates::daemonAnswersAnotherError_staysWaitingButReadsOn()
     daemon->failCallsOf(text("apiKey"), text("org.freedesktop.DBus.Error.AccessDenied"), text("no"));
     QVERIFY(daemon->start());
     OpenManager manager;
+
     manager.start();
-    QCOMPARE(manager.state, QWixtApplicationManager::WaitForDaemonsToStart);
-    QVERIFY(!manager.daemonStarted);
-    QVERIFY(manager.apiKey.isEmpty());
-    QCOMPARE(manager.serial, text("s1"));
-    QCOMPARE(manager.remoteId, text("d9"));
+
+    QCOMPARE(manager.currentState(), QWixtApplicationManager::WaitForDaemonsToStart);
+    QVERIFY(!manager.knowledge().daemonStarted);
+    QVERIFY(manager.knowledge().apiKey.isEmpty());
+    QCOMPARE(manager.knowledge().serial, text("s1"));
+    QCOMPARE(manager.knowledge().remoteId, text("d9"));
 }
 
 void TestManagerStates::daemonAnswersAnotherErrorLater_countsAsStarted()
@@ -302,7 +324,7 @@ void TestManagerStates::daemonAnswersAnotherErrorLater_countsAsStarted()
     QVERIFY(daemon->start());
     OpenManager manager;
     manager.start();
-    QVERIFY(manager.daemonStarted);
+    QVERIFY(manager.knowledge().daemonStarted);
 
     daemon->stop();
     daemon->failCallsOf(text("apiKey"), text("org.freedesktop.DBus.Error.AccessDenied"), text("no"));
@@ -311,8 +333,8 @@ void TestManagerStates::daemonAnswersAnotherErrorLater_countsAsStarted()
     QVERIFY(widgets->start());
 
     // The key that was not to be had is empty.
-    QTRY_COMPARE(manager.state, QWixtApplicationManager::NotSetuped);
-    QVERIFY(manager.daemonStarted);
+    QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::NotSetuped);
+    QVERIFY(manager.knowledge().daemonStarted);
 }
 
 void TestManagerStates::startOrder_ofTheReads()
@@ -320,13 +342,15 @@ void TestManagerStates::startOrder_ofTheReads()
     QVERIFY(widgets->start());
     QVERIFY(daemon->start());
     OpenManager manager;
+
     manager.start();
+
     QCOMPARE(widgets->calls(), QStringList{text("listOfInstalledWidgets")});
     QCOMPARE(daemon->calls(),
              (QStringList{text("apiKey"), text("isInternetAvailable"), text("serial"), text("remoteId")}));
-    QCOMPARE(manager.installedWidgets, (QStringList{text("u1"), text("u2")}));
-    QVERIFY(manager.daemonStarted);
-    QVERIFY(manager.widgetsListReceived);
+    QCOMPARE(manager.knowledge().installedWidgets, (QStringList{text("u1"), text("u2")}));
+    QVERIFY(manager.knowledge().daemonStarted);
+    QVERIFY(manager.knowledge().widgetsListReceived);
 }
 
 void TestManagerStates::start_subscribesThenReadsInThisOrder()
@@ -348,29 +372,45 @@ void TestManagerStates::start_subscribesThenReadsInThisOrder()
 
 void TestManagerStates::widgetManagerAbsentAtStart_isWarnedAbout()
 {
+    QVERIFY(daemon->start());
+    OpenManager manager;
+
+    manager.start();
+
+    const QList<QByteArray> warnings = PlatformCapture::texts(LogPriority::Warning);
+    QCOMPARE(warnings.size(), 1);
+    QVERIFY(warnings.constFirst().startsWith(noWidgetsLine));
+    QVERIFY(warnings.constFirst().size() > noWidgetsLine.size()); // the bus's own words follow
+    QVERIFY(!manager.knowledge().widgetsListReceived);
+    QCOMPARE(manager.currentState(), QWixtApplicationManager::WaitForDaemonsToStart);
+}
+
+void TestManagerStates::widgetManagerAbsentAtStart_isWaitedFor()
+{
     CurlFake::hold();
     QVERIFY(daemon->start());
     OpenManager manager;
     manager.start();
-    QCOMPARE(PlatformCapture::texts(5).size(), 1);
-    const QByteArray warning = PlatformCapture::texts(5).constFirst();
-    const QByteArray beginning = "QWixtApplicationManager: cant get widgets list ";
-    QVERIFY(warning.startsWith(beginning));
-    QVERIFY(warning.size() > beginning.size()); // the bus's own words follow
-    QVERIFY(!manager.widgetsListReceived);
-    QCOMPARE(manager.state, QWixtApplicationManager::WaitForDaemonsToStart);
 
     QVERIFY(widgets->start());
-    QTRY_COMPARE(manager.state, QWixtApplicationManager::WaitForList);
-    QCOMPARE(manager.installedWidgets, (QStringList{text("u1"), text("u2")}));
 
-    // A failure later keeps the list.
+    QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::WaitForList);
+    QCOMPARE(manager.knowledge().installedWidgets, (QStringList{text("u1"), text("u2")}));
+}
+
+void TestManagerStates::widgetListFailsLater_oldListStays()
+{
+    QVERIFY(widgets->start());
+    OpenManager manager;
+    manager.start();
     widgets->stop();
     widgets->failCallsOf(text("listOfInstalledWidgets"), text("com.example.Broken"), text("out of order"));
+
     QVERIFY(widgets->start());
-    QTRY_COMPARE(PlatformCapture::count(beginning + "out of order"), 1);
-    QVERIFY(manager.widgetsListReceived);
-    QCOMPARE(manager.installedWidgets, (QStringList{text("u1"), text("u2")}));
+
+    QTRY_COMPARE(PlatformCapture::count(noWidgetsLine + "out of order"), 1);
+    QVERIFY(manager.knowledge().widgetsListReceived);
+    QCOMPARE(manager.knowledge().installedWidgets, (QStringList{text("u1"), text("u2")}));
 }
 
 void TestManagerStates::widgetListFails_stateIsEvaluatedAllTheSame()
@@ -380,12 +420,14 @@ void TestManagerStates::widgetListFails_stateIsEvaluatedAllTheSame()
     QVERIFY(daemon->start());
     OpenManager manager;
     manager.start();
-    QCOMPARE(manager.state, QWixtApplicationManager::WaitForDaemonsToStart);
-    manager.widgetsListReceived = true; // by an earlier start of the widget manager
+    QCOMPARE(manager.currentState(), QWixtApplicationManager::WaitForDaemonsToStart);
+    OpenManager::Knowledge knowledge = manager.knowledge();
+    knowledge.widgetsListReceived = true; // by an earlier start of the widget manager
+    manager.setKnowledge(knowledge);
 
     QVERIFY(widgets->start());
 
-    QTRY_COMPARE(manager.state, QWixtApplicationManager::WaitForList);
+    QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::WaitForList);
     QCOMPARE(widgets->callCount(text("listOfInstalledWidgets")), 1);
 }
 
@@ -408,15 +450,35 @@ void TestManagerStates::keyEmptyAtStart_waitsForSetUp()
     QVERIFY(daemon->start());
     OpenManager manager;
     manager.start();
-    QCOMPARE(manager.state, QWixtApplicationManager::NotSetuped);
+    QCOMPARE(manager.currentState(), QWixtApplicationManager::NotSetuped);
+
     daemon->setApiKey(text("new key"));
-    QTRY_COMPARE(static_cast<int>(manager.state), state);
-    QCOMPARE(manager.apiKey, text("new key"));
+
+    QTRY_COMPARE(static_cast<int>(manager.currentState()), state);
+    QCOMPARE(manager.knowledge().apiKey, text("new key"));
     QCOMPARE(daemon->callCount(text("remoteId")), 2);
     QCOMPARE(daemon->callCount(text("apiKey")), 1); // the signal brought it
 }
 
-void TestManagerStates::onlineAndSetUpAtStart_fetchesTheListThenIsReady()
+void TestManagerStates::onlineAndSetUpAtStart_fetchesTheList()
+{
+    CurlFake::hold();
+    QVERIFY(widgets->start());
+    QVERIFY(daemon->start());
+    OpenManager manager;
+    QSignalSpy ready(&manager, &QWixtApplicationManager::readyToWork);
+
+    manager.start();
+
+    QCOMPARE(manager.currentState(), QWixtApplicationManager::WaitForList);
+    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: State changed from NotSetuped to WaitForList"),
+             1);
+    QVERIFY(manager.queue() == QList<RemoteTaskDescription>{Descr::list()});
+    QTRY_COMPARE(CurlFake::requestCount(), 1);
+    QCOMPARE(ready.count(), 0);
+}
+
+void TestManagerStates::listArrives_isReadyAndSaysSo()
 {
     CurlFake::hold();
     QVERIFY(widgets->start());
@@ -424,16 +486,12 @@ void TestManagerStates::onlineAndSetUpAtStart_fetchesTheListThenIsReady()
     OpenManager manager;
     QSignalSpy ready(&manager, &QWixtApplicationManager::readyToWork);
     manager.start();
-    QCOMPARE(manager.state, QWixtApplicationManager::WaitForList);
-    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: State changed from NotSetuped to WaitForList"),
-             1);
-    QVERIFY(manager.pendingTasks.inOrder() == QList<RemoteTaskDescription>{Descr::list()});
-    QTRY_COMPARE(CurlFake::requestCount(), 1);
-    QCOMPARE(ready.count(), 0);
+
     CurlFake::release();
-    QTRY_COMPARE(manager.state, QWixtApplicationManager::Ready);
+
+    QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::Ready);
     QCOMPARE(ready.count(), 1);
-    QVERIFY(manager.pendingTasks.isEmpty());
+    QVERIFY(manager.queue().isEmpty());
 }
 
 void TestManagerStates::internetLostWhileWaitingForTheList()
@@ -443,12 +501,14 @@ void TestManagerStates::internetLostWhileWaitingForTheList()
     QVERIFY(daemon->start());
     OpenManager manager;
     manager.start();
-    QCOMPARE(manager.state, QWixtApplicationManager::WaitForList);
+    QCOMPARE(manager.currentState(), QWixtApplicationManager::WaitForList);
     QTRY_COMPARE(CurlFake::requestCount(), 1); // the fetch thread has had its say
     PlatformCapture::clear();
+
     daemon->setInternetAvailable(false);
-    QTRY_COMPARE(manager.state, QWixtApplicationManager::NoInternet);
-    QCOMPARE(PlatformCapture::texts(debugPriority).mid(0, 2),
+
+    QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::NoInternet);
+    QCOMPARE(PlatformCapture::texts(LogPriority::Debug).mid(0, 2),
              (QList<QByteArray>{"QWixtApplicationManager: State changed from Ready to NoInternet",
                                 "QWixtApplicationManager: Remove all tasks from worker"}));
 }
@@ -460,11 +520,13 @@ void TestManagerStates::internetRegainedAfterTheList_isReadyWithoutASignal()
     OpenManager manager;
     QSignalSpy ready(&manager, &QWixtApplicationManager::readyToWork);
     manager.start();
-    QTRY_COMPARE(manager.state, QWixtApplicationManager::Ready);
+    QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::Ready);
     daemon->setInternetAvailable(false);
-    QTRY_COMPARE(manager.state, QWixtApplicationManager::NoInternet);
+    QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::NoInternet);
+
     daemon->setInternetAvailable(true);
-    QTRY_COMPARE(manager.state, QWixtApplicationManager::Ready);
+
+    QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::Ready);
     QCOMPARE(ready.count(), 1); // the first time only
     QCOMPARE(CurlFake::requestCount(), 1);
 }
@@ -478,8 +540,10 @@ void TestManagerStates::daemonRestart_readsEverythingAgain()
     daemon->stop();
     daemon->setSerial(text("s2"));
     daemon->clearCalls();
+
     QVERIFY(daemon->start());
-    QTRY_COMPARE(manager.serial, text("s2"));
+
+    QTRY_COMPARE(manager.knowledge().serial, text("s2"));
     QCOMPARE(daemon->callCount(text("apiKey")), 1);
     QCOMPARE(daemon->callCount(text("remoteId")), 1);
     QCOMPARE(daemon->callCount(text("isInternetAvailable")), 1);
@@ -491,14 +555,16 @@ void TestManagerStates::daemonGoneWhenItsSignalComes_readsEmptyTexts()
     QVERIFY(daemon->start());
     OpenManager manager;
     manager.start();
-    QVERIFY(manager.daemonStarted);
+    QVERIFY(manager.knowledge().daemonStarted);
     daemon->stop();
+
     QMetaObject::invokeMethod(&manager, "vorletDaemonStarted");
-    QVERIFY(!manager.daemonStarted);
-    QVERIFY(manager.apiKey.isEmpty());
-    QVERIFY(manager.serial.isEmpty());
-    QVERIFY(manager.remoteId.isEmpty());
-    QVERIFY(!manager.internetAvailable);
+
+    QVERIFY(!manager.knowledge().daemonStarted);
+    QVERIFY(manager.knowledge().apiKey.isEmpty());
+    QVERIFY(manager.knowledge().serial.isEmpty());
+    QVERIFY(manager.knowledge().remoteId.isEmpty());
+    QVERIFY(!manager.knowledge().internetAvailable);
 }
 
 void TestManagerStates::widgetCreated_onlyGrowsTheList()
@@ -507,16 +573,17 @@ void TestManagerStates::widgetCreated_onlyGrowsTheList()
     QVERIFY(daemon->start());
     OpenManager manager;
     manager.start();
-    QTRY_COMPARE(manager.state, QWixtApplicationManager::Ready);
+    QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::Ready);
     QTest::qWait(50); // grace time: the fetcher's last lines
     PlatformCapture::clear();
 
     widgets->createWidget(text("u3"));
     widgets->createWidget(text("u1")); // known already
 
-    QTRY_COMPARE(manager.installedWidgets, (QStringList{text("u1"), text("u2"), text("u3"), text("u1")}));
+    QTRY_COMPARE(manager.knowledge().installedWidgets,
+                 (QStringList{text("u1"), text("u2"), text("u3"), text("u1")}));
     QVERIFY(PlatformCapture::lines().isEmpty());
-    QVERIFY(manager.pendingTasks.isEmpty());
+    QVERIFY(manager.queue().isEmpty());
 }
 
 void TestManagerStates::keyLostLater_hasNoEffect()
@@ -525,10 +592,12 @@ void TestManagerStates::keyLostLater_hasNoEffect()
     QVERIFY(daemon->start());
     OpenManager manager;
     manager.start();
-    QTRY_COMPARE(manager.state, QWixtApplicationManager::Ready);
+    QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::Ready);
+
     daemon->setApiKey(QString());
-    QTRY_VERIFY(manager.apiKey.isEmpty());
-    QCOMPARE(manager.state, QWixtApplicationManager::Ready);
+
+    QTRY_VERIFY(manager.knowledge().apiKey.isEmpty());
+    QCOMPARE(manager.currentState(), QWixtApplicationManager::Ready);
 }
 
 QTEST_GUILESS_MAIN(TestManagerStates)

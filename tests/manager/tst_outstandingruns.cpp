@@ -53,31 +53,13 @@ QByteArrayList bodies()
     return list;
 }
 
-void loseInternet(OpenManager &manager)
-{
-    manager.internetAvailable = false;
-    manager.evaluateState();
-}
-
-void regainInternet(OpenManager &manager)
-{
-    manager.internetAvailable = true;
-    manager.evaluateState();
-}
-
 /// Has every retry due as soon as it waits, until nothing is pending any more.
 bool finish(OpenManager &manager)
 {
     return QTest::qWaitFor([&manager] {
         manager.retryNow();
-        return manager.pendingTasks.isEmpty();
+        return manager.queue().isEmpty();
     });
-}
-
-bool holdsNothing(const OpenManager &manager)
-{
-    return manager.pendingTasks.isEmpty() && manager.tasksByDescription.isEmpty() &&
-           manager.retryTimers.isEmpty() && manager.outstandingRuns.isEmpty();
 }
 
 } // namespace
@@ -105,19 +87,19 @@ void TestOutstandingRuns::internetComesAndGoes_requestsUnderWayAreNotRepeated()
     }
 
     for (int i = 0; i < 5; ++i) {
-        loseInternet(manager);
-        regainInternet(manager);
+        manager.loseInternet();
+        manager.regainInternet();
     }
     manager.registerApplication(text("u4"), text("n"), text("t"));
     CurlFake::release();
 
     QTRY_COMPARE(registered.count(), 4);
-    QTRY_VERIFY(manager.outstandingRuns.isEmpty());
+    QTRY_VERIFY(!manager.isRunOutstanding());
     QCOMPARE(bodies(),
              (QByteArrayList{"id=d9&identifier=u1&name=n&type=t", "id=d9&identifier=u2&name=n&type=t",
                              "id=d9&identifier=u3&name=n&type=t", "id=d9&identifier=u4&name=n&type=t"}));
     QCOMPARE(registered.count(), 4);
-    QVERIFY(holdsNothing(manager));
+    QVERIFY(manager.holdsNothing());
 }
 
 void TestOutstandingRuns::resultWithoutSuccess_allowsTheNextRun()
@@ -127,17 +109,17 @@ void TestOutstandingRuns::resultWithoutSuccess_allowsTheNextRun()
     OpenManager manager;
     manager.beReady();
     manager.registerApplication(text("u1"), text("n"), text("t"));
-    loseInternet(manager);
-    QTRY_COMPARE(manager.retryTimers.size(), 1);
-    QVERIFY(manager.outstandingRuns.isEmpty());
+    manager.loseInternet();
+    QTRY_COMPARE(manager.retryCount(), 1);
+    QVERIFY(!manager.isRunOutstanding());
     manager.retryNow();
-    QTRY_VERIFY(manager.retryTimers.isEmpty()); // offline: it waits for the next Ready
+    QTRY_COMPARE(manager.retryCount(), 0); // offline: it waits for the next Ready
 
-    regainInternet(manager);
+    manager.regainInternet();
 
-    QTRY_VERIFY(manager.pendingTasks.isEmpty());
+    QTRY_VERIFY(manager.queue().isEmpty());
     QCOMPARE(CurlFake::requestCount(), 2);
-    QVERIFY(holdsNothing(manager));
+    QVERIFY(manager.holdsNothing());
 }
 
 void TestOutstandingRuns::requestGivenUp_isSentAgainWhenAskedAgain()
@@ -145,12 +127,14 @@ void TestOutstandingRuns::requestGivenUp_isSentAgainWhenAskedAgain()
     CurlFake::setAnswer(badRequest);
     OpenManager manager;
     manager.beReady();
-    for (int times = 1; times <= 3; ++times) {
-        manager.registerApplication(text("u1"), text("n"), text("t"));
-        QTRY_VERIFY(manager.pendingTasks.isEmpty());
-        QCOMPARE(CurlFake::requestCount(), times);
-        QVERIFY(holdsNothing(manager));
-    }
+    manager.registerApplication(text("u1"), text("n"), text("t"));
+    QTRY_VERIFY(manager.holdsNothing());
+    QCOMPARE(CurlFake::requestCount(), 1);
+
+    manager.registerApplication(text("u1"), text("n"), text("t"));
+
+    QTRY_VERIFY(manager.holdsNothing());
+    QCOMPARE(CurlFake::requestCount(), 2);
 }
 
 void TestOutstandingRuns::retryDue_whileARunIsOutstandingWaitsForItsResult()
@@ -160,18 +144,19 @@ void TestOutstandingRuns::retryDue_whileARunIsOutstandingWaitsForItsResult()
     OpenManager manager;
     manager.beReady();
     manager.getListOfRemoteApps();
+    QTRY_COMPARE(CurlFake::requestCount(), 1);
     manager.holdInWorker(manager.onlyTask());
     manager.getListOfRemoteApps();
-    QCOMPARE(manager.outstandingRuns.of(Descr::list()), 2);
+    QCOMPARE(manager.outstandingRunsOf(Descr::list()), 2);
     manager.fail(Descr::list(), 503);
-    QCOMPARE(manager.retryTimers.size(), 1);
+    QCOMPARE(manager.retryCount(), 1);
     manager.letGoInWorker();
 
     manager.retryNow();
-    QTRY_VERIFY(manager.retryTimers.isEmpty());
+    QTRY_COMPARE(manager.retryCount(), 0);
     CurlFake::release();
 
-    QTRY_VERIFY(holdsNothing(manager));
+    QTRY_VERIFY(manager.holdsNothing());
     QTRY_COMPARE(CurlFake::requestCount(), 2);
     QTest::qWait(50); // grace time: no third run
     QCOMPARE(CurlFake::requestCount(), 2);
@@ -185,12 +170,12 @@ void TestOutstandingRuns::listAskedWhileOnItsWay_isNotRepeatedAtReady()
     manager.getListOfRemoteApps();
     QTRY_COMPARE(CurlFake::requestCount(), 1);
 
-    loseInternet(manager);
-    regainInternet(manager);
+    manager.loseInternet();
+    manager.regainInternet();
     CurlFake::release();
 
-    QTRY_VERIFY(manager.pendingTasks.isEmpty());
-    QTRY_VERIFY(holdsNothing(manager));
+    QTRY_VERIFY(manager.queue().isEmpty());
+    QTRY_VERIFY(manager.holdsNothing());
     QCOMPARE(CurlFake::requestCount(), 1);
 }
 
@@ -201,15 +186,15 @@ void TestOutstandingRuns::equalDeletionsBeforeReady_areTwoRequests()
     QSignalSpy deleted(&manager, &QWixtApplicationManager::applicationDeleted);
     manager.deleteApplication(text("a"), text("u"), text("t"));
     manager.deleteApplication(text("a"), text("u"), text("t"));
-    QCOMPARE(manager.pendingTasks.size(), 2);
+    QCOMPARE(manager.queue().size(), 2);
 
     manager.beReady();
     manager.processRequests();
-    QCOMPARE(manager.tasksByDescription.size(), 1);
+    QCOMPARE(manager.taskCount(), 1);
     manager.processRequests(); // both are on their way now
 
     QTRY_COMPARE(deleted.count(), 2);
-    QTRY_VERIFY(holdsNothing(manager));
+    QTRY_VERIFY(manager.holdsNothing());
     QCOMPARE(CurlFake::requestCount(), 2);
 }
 
@@ -221,14 +206,14 @@ void TestOutstandingRuns::equalDeletion_whileOneRunsIsOneMoreAtReady()
     manager.beReady();
     QSignalSpy deleted(&manager, &QWixtApplicationManager::applicationDeleted);
     manager.deleteApplication(text("a"), text("u"), text("t"));
-    loseInternet(manager);
+    manager.loseInternet();
     manager.deleteApplication(text("a"), text("u"), text("t"));
 
-    regainInternet(manager);
+    manager.regainInternet();
     CurlFake::release();
 
     QTRY_COMPARE(deleted.count(), 2);
-    QTRY_VERIFY(holdsNothing(manager));
+    QTRY_VERIFY(manager.holdsNothing());
     QCOMPARE(CurlFake::requestCount(), 2);
 }
 
@@ -274,13 +259,13 @@ void TestOutstandingRuns::equalDeletions_endInEveryOrder()
     const QPointer<RemoteTaskWithDescription> secondTask = manager.onlyTask();
     QVERIFY(secondTask != firstTask);
     CurlFake::release();
-    QTRY_VERIFY(manager.outstandingRuns.isEmpty());
+    QTRY_VERIFY(!manager.isRunOutstanding());
 
     QVERIFY(finish(manager));
 
     QCOMPARE(CurlFake::requestCount(), requests);
     QCOMPARE(deleted.count(), announced);
-    QVERIFY(holdsNothing(manager));
+    QVERIFY(manager.holdsNothing());
     QTRY_VERIFY(firstTask.isNull());
     QTRY_VERIFY(secondTask.isNull());
     QTRY_COMPARE(manager.findChildren<QTimer *>().size(), 1); // the refresh timer
@@ -294,17 +279,17 @@ void TestOutstandingRuns::equalDeletion_whileARetryWaitsKeepsTheRetry()
     manager.beReady();
     QSignalSpy deleted(&manager, &QWixtApplicationManager::applicationDeleted);
     manager.deleteApplication(text("a"), text("u"), text("t"));
-    QTRY_COMPARE(manager.retryTimers.size(), 1);
+    QTRY_COMPARE(manager.retryCount(), 1);
 
     manager.deleteApplication(text("a"), text("u"), text("t"));
 
     QTRY_COMPARE(deleted.count(), 1); // the second one, at once
-    QCOMPARE(manager.pendingTasks.size(), 1);
-    QCOMPARE(manager.retryTimers.size(), 1);
-    QVERIFY(manager.retryTimers.first()->isActive());
+    QCOMPARE(manager.queue().size(), 1);
+    QCOMPARE(manager.retryCount(), 1);
+    QVERIFY(manager.onlyRetry()->isActive());
     manager.retryNow();
     QTRY_COMPARE(deleted.count(), 2);
-    QTRY_VERIFY(holdsNothing(manager));
+    QTRY_VERIFY(manager.holdsNothing());
     QCOMPARE(CurlFake::requestCount(), 3);
 }
 
@@ -316,17 +301,17 @@ void TestOutstandingRuns::equalDeletion_whileARetryWaitsOffline_bothGoOutLater()
     manager.beReady();
     QSignalSpy deleted(&manager, &QWixtApplicationManager::applicationDeleted);
     manager.deleteApplication(text("a"), text("u"), text("t"));
-    QTRY_COMPARE(manager.retryTimers.size(), 1);
-    loseInternet(manager);
+    QTRY_COMPARE(manager.retryCount(), 1);
+    manager.loseInternet();
     manager.deleteApplication(text("a"), text("u"), text("t"));
 
-    regainInternet(manager);
-    QCOMPARE(manager.retryTimers.size(), 1); // both wait for the retry
+    manager.regainInternet();
+    QCOMPARE(manager.retryCount(), 1); // both wait for the retry
     QCOMPARE(CurlFake::requestCount(), 1);
     manager.retryNow();
 
     QTRY_COMPARE(deleted.count(), 2);
-    QTRY_VERIFY(holdsNothing(manager));
+    QTRY_VERIFY(manager.holdsNothing());
     QCOMPARE(CurlFake::requestCount(), 3);
 }
 
@@ -336,16 +321,16 @@ void TestOutstandingRuns::replacingTask_takesTheWaitingRetryOver()
     OpenManager manager;
     manager.beReady();
     manager.deleteApplication(text("a"), text("u"), text("t"));
-    QTRY_COMPARE(manager.retryTimers.size(), 1);
-    const QTimer *const timer = manager.retryTimers.first();
+    QTRY_COMPARE(manager.retryCount(), 1);
+    const QTimer *const timer = manager.onlyRetry();
     const QPointer<RemoteTaskWithDescription> replaced = manager.onlyTask();
     CurlFake::hold();
 
     manager.deleteApplication(text("a"), text("u"), text("t"));
 
-    QCOMPARE(manager.retryTimers.size(), 1);
-    QCOMPARE(manager.retryTimers.firstKey(), manager.onlyTask());
-    QCOMPARE(manager.retryTimers.first(), timer);
+    QCOMPARE(manager.retryCount(), 1);
+    QCOMPARE(manager.taskOfOnlyRetry(), manager.onlyTask());
+    QCOMPARE(manager.onlyRetry(), timer);
     QVERIFY(timer->isActive());
     CurlFake::release();
     QTRY_VERIFY(replaced.isNull());

@@ -30,8 +30,11 @@ private Q_SLOTS:
 
 void TestRemoteAppsApi::url()
 {
-    QCOMPARE(RemoteAppsApi::appsUrl(text("host.example:8443")),
-             text("https://host.example:8443/api/v1/qwixt/apps"));
+    const QString host = text("host.example:8443");
+
+    const QString url = RemoteAppsApi::appsUrl(host);
+
+    QCOMPARE(url, text("https://host.example:8443/api/v1/qwixt/apps"));
 }
 
 void TestRemoteAppsApi::authorization_data()
@@ -50,7 +53,10 @@ void TestRemoteAppsApi::authorization_data()
 void TestRemoteAppsApi::authorization()
 {
     QFETCH(QString, key);
-    QTEST(RemoteAppsApi::authorization(key), "value");
+
+    const QString header = RemoteAppsApi::authorization(key);
+
+    QTEST(header, "value");
 }
 
 void TestRemoteAppsApi::body_data()
@@ -97,7 +103,10 @@ void TestRemoteAppsApi::body()
     QFETCH(int, type);
     QFETCH(QString, id);
     QFETCH(QVariantMap, data);
-    QTEST(requestBody(RemoteAppsApi::parameters({type, id, data}, text("d9")), QByteArray()), "body");
+
+    const QVariantMap fields = RemoteAppsApi::parameters({type, id, data}, text("d9"));
+
+    QTEST(requestBody(fields, QByteArray()), "body");
 }
 
 void TestRemoteAppsApi::registerReply_data()
@@ -118,7 +127,9 @@ void TestRemoteAppsApi::registerReply_data()
 void TestRemoteAppsApi::registerReply()
 {
     QFETCH(QByteArray, reply);
+
     const RemoteAppsApi::RegisterReply read = RemoteAppsApi::readRegisterReply(reply);
+
     QTEST(read.appId, "appId");
     QTEST(read.status, "status");
 }
@@ -164,8 +175,10 @@ void TestRemoteAppsApi::listReply()
 {
     QFETCH(QString, remoteId);
     QFETCH(QByteArray, reply);
-    QStringList records;
+
     const QList<RemoteApplication> read = RemoteAppsApi::readListReply(reply, remoteId);
+
+    QStringList records;
     for (const RemoteApplication &application : read) {
         records.append(application.appId + QLatin1Char(' ') + application.identifier + QLatin1Char(' ') +
                        application.name + QLatin1Char(' ') + application.type);
@@ -176,7 +189,9 @@ void TestRemoteAppsApi::listReply()
 void TestRemoteAppsApi::listReply_keepsEmptyTextsAndNulls()
 {
     const QByteArray reply = R"({"apps":[{"device_id":"d9","app_id":"1","name":null,"type":""}]})";
+
     const RemoteApplication read = RemoteAppsApi::readListReply(reply, text("d9")).value(0);
+
     QVERIFY(!read.type.isNull()); // sent as "type="
     QVERIFY(read.name.isNull());  // not sent
     QVERIFY(read.identifier.isNull());

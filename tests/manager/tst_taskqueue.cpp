@@ -10,12 +10,10 @@
 #include <malloc.h>
 #include <unistd.h>
 
-Q_DECLARE_METATYPE(RemoteTaskDescription)
-
 namespace
 {
 
-constexpr int debugPriority = 3;
+const QByteArray listLine = "QWixtApplicationManager: added get list task";
 const QByteArray retryLine = "QWixtApplicationManager: Task rescheduler after fail";
 
 QList<QByteArray> bodies()
@@ -53,13 +51,15 @@ private Q_SLOTS:
 
     void request_data();
     void request();
+    void request_ofUnknownKind_data();
     void request_ofUnknownKind();
     void request_keepsTheKeyOfItsMoment();
     void createdTask_printsItsParametersInDebug();
 
     void processRequests_outsideReadyDoesNothing();
     void processRequests_sendsInOrder();
-    void processRequests_skipsWaitingRetriesAndUnknownKinds();
+    void processRequests_skipsUnknownKinds();
+    void processRequests_skipsWaitingRetries();
     void processRequests_handsOutStoredTasksAgain();
     void processRequests_skipsTasksThatTheWorkerHolds();
     void twoRegistersAlike_areOneDescription();
@@ -71,6 +71,7 @@ private Q_SLOTS:
     void listRequest_withoutATask();
 
     void withdrawing_keepsQueueTasksAndTimers();
+    void withdrawing_doesNotTakeBackWhatTheWorkerHolds();
 
     void failure_isGivenUpOrRetried_data();
     void failure_isGivenUpOrRetried();
@@ -78,7 +79,8 @@ private Q_SLOTS:
     void retryTimer_isOneOfFiveSeconds();
     void secondFailure_restartsTheSameTimer();
     void retry_whenReadyGoesOut();
-    void retry_whileNotReadyWaitsForTheNextReady();
+    void retry_whileNotReadyIsNotSent();
+    void retryDueWhileNotReady_goesOutAtTheNextReady();
     void retry_ofTheListGoesOutAnyway();
     void retry_whileTheWorkerHoldsTheTask();
     void retryTimer_withoutSender();
@@ -128,6 +130,7 @@ void TestTaskQueue::request()
     QVERIFY(task->description == descr);
     QCOMPARE(task->id(), 0);
     QCOMPARE(task->type(), VFetchTask::SingleShot);
+
     task->run();
 
     const CurlFake::Request request = CurlFake::requests().constFirst();
@@ -139,15 +142,27 @@ void TestTaskQueue::request()
              (QList<QByteArray>{"Accept: application/json", "Authorization: Basic OmtleQ=="}));
 }
 
+void TestTaskQueue::request_ofUnknownKind_data()
+{
+    QTest::addColumn<int>("kind");
+    for (const int kind : {0, 5, -1}) {
+        QTest::addRow("%d", kind) << kind;
+    }
+}
+
 void TestTaskQueue::request_ofUnknownKind()
 {
+    QFETCH(int, kind);
     const OpenManager manager;
-    for (const int kind : {0, 5, -1}) {
-        PlatformCapture::clear();
-        QVERIFY(manager.createRemoteTask({kind, text("u"), {}}) == nullptr);
-        QCOMPARE(PlatformCapture::count("Fetch task deleted"), PlatformCapture::count("Fetch task created"));
-        QCOMPARE(PlatformCapture::texts(5), QList<QByteArray>{"RemoteRequestWorker: Unknown task type"});
-    }
+    PlatformCapture::clear();
+
+    const RemoteTaskWithDescription *const task = manager.createRemoteTask({kind, text("u"), {}});
+
+    QVERIFY(task == nullptr);
+    QCOMPARE(PlatformCapture::texts(LogPriority::Warning),
+             QList<QByteArray>{"RemoteRequestWorker: Unknown task type"});
+    // Nothing is left of an attempt.
+    QCOMPARE(PlatformCapture::count("Fetch task deleted"), PlatformCapture::count("Fetch task created"));
 }
 
 void TestTaskQueue::request_keepsTheKeyOfItsMoment()
@@ -155,8 +170,10 @@ void TestTaskQueue::request_keepsTheKeyOfItsMoment()
     OpenManager manager;
     manager.beReady();
     const std::unique_ptr<RemoteTaskWithDescription> task(manager.createRemoteTask(Descr::list()));
-    manager.apiKey = QString();
+    manager.setApiKey(QString());
+
     task->run();
+
     QCOMPARE(CurlFake::requests().constFirst().headers.at(1), QByteArray("Authorization: Basic OmtleQ=="));
     const std::unique_ptr<RemoteTaskWithDescription> later(manager.createRemoteTask(Descr::list()));
     later->run();
@@ -168,7 +185,9 @@ void TestTaskQueue::createdTask_printsItsParametersInDebug()
     OpenManager manager;
     manager.beReady();
     const MessageCapture messages;
+
     delete manager.createRemoteTask(Descr::registration("u1"));
+
     QCOMPARE(messages.debugTexts().size(), 1);
     QCOMPARE(messages.debugTexts().constFirst(),
              text("QMap((\"id\", QVariant(QString, \"d9\"))(\"identifier\", QVariant(QString, \"u1\"))"
@@ -179,48 +198,63 @@ void TestTaskQueue::processRequests_outsideReadyDoesNothing()
 {
     OpenManager manager;
     manager.beReady();
-    manager.pendingTasks.append(Descr::registration("u1"));
+    manager.setQueue({Descr::registration("u1")});
     PlatformCapture::clear();
+
     for (const auto state :
          {QWixtApplicationManager::WaitForDaemonsToStart, QWixtApplicationManager::NotSetuped,
           QWixtApplicationManager::NoInternet, QWixtApplicationManager::WaitForList}) {
-        manager.state = state;
+        manager.setState(state);
         manager.processRequests();
     }
+
     QVERIFY(PlatformCapture::lines().isEmpty());
-    QVERIFY(manager.tasksByDescription.isEmpty());
+    QCOMPARE(manager.taskCount(), 0);
 }
 
 void TestTaskQueue::processRequests_sendsInOrder()
 {
     OpenManager manager;
     manager.beReady();
-    manager.pendingTasks = {Descr::update("a3", "u3"), Descr::registration("u1"), Descr::deletion("a2", "u2"),
-                            Descr::registration("u0")};
+    manager.setQueue({Descr::update("a3", "u3"), Descr::registration("u1"), Descr::deletion("a2", "u2"),
+                      Descr::registration("u0")});
+
     manager.processRequests();
-    QCOMPARE(manager.tasksByDescription.size(), 4);
+
+    QCOMPARE(manager.taskCount(), 4);
     QTRY_COMPARE(
         bodies(),
         (QList<QByteArray>{"PUT app_id=a3&name=Clock&type=t", "POST id=d9&identifier=u1&name=Clock&type=t",
                            "DELETE app_id=a2&type=t", "POST id=d9&identifier=u0&name=Clock&type=t"}));
 }
 
-void TestTaskQueue::processRequests_skipsWaitingRetriesAndUnknownKinds()
+void TestTaskQueue::processRequests_skipsUnknownKinds()
+{
+    OpenManager manager;
+    manager.beReady();
+    const RemoteTaskDescription odd = {9, text("odd"), {}};
+    manager.setQueue({odd, Descr::registration("u1")});
+
+    manager.processRequests();
+
+    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: unknown task description"), 1);
+    QTRY_COMPARE(manager.queue().size(), 1);
+    QVERIFY(manager.queue().contains(odd)); // it stays
+    QCOMPARE(CurlFake::requestCount(), 1);
+}
+
+void TestTaskQueue::processRequests_skipsWaitingRetries()
 {
     CurlFake::setAnswer({CURLE_OK, 503, "", ""});
     OpenManager manager;
     manager.beReady();
-    const RemoteTaskDescription odd = {9, text("odd"), {}};
-    manager.pendingTasks = {odd, Descr::registration("u1")};
-    manager.processRequests();
-    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: unknown task description"), 1);
-    QVERIFY(manager.pendingTasks.contains(odd)); // it stays
-    QTRY_COMPARE(manager.retryTimers.size(), 1);
+    manager.registerApplication(text("u1"), text("n"), text("t"));
+    QTRY_COMPARE(manager.retryCount(), 1);
 
     manager.processRequests();
-    QTest::qWait(50); // grace time: the waiting task is not sent
-    QCOMPARE(CurlFake::requestCount(), 1);
-    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: unknown task description"), 2);
+
+    QVERIFY(!manager.isRunOutstanding()); // nothing was handed to the worker
+    QCOMPARE(manager.retryCount(), 1);
 }
 
 void TestTaskQueue::processRequests_handsOutStoredTasksAgain()
@@ -228,14 +262,14 @@ void TestTaskQueue::processRequests_handsOutStoredTasksAgain()
     CurlFake::queueAnswer({CURLE_OK, 503, "", ""});
     OpenManager manager;
     manager.beReady();
-    manager.pendingTasks = {Descr::registration("u1")};
+    manager.setQueue({Descr::registration("u1")});
     manager.processRequests();
     const auto *const task = manager.onlyTask();
-    QTRY_COMPARE(manager.retryTimers.size(), 1);
-    manager.state = QWixtApplicationManager::NoInternet;
+    QTRY_COMPARE(manager.retryCount(), 1);
+    manager.setState(QWixtApplicationManager::NoInternet);
     manager.retryNow();
-    QTRY_VERIFY(manager.retryTimers.isEmpty());
-    manager.state = QWixtApplicationManager::Ready;
+    QTRY_COMPARE(manager.retryCount(), 0);
+    manager.setState(QWixtApplicationManager::Ready);
 
     manager.processRequests();
 
@@ -251,21 +285,28 @@ void TestTaskQueue::processRequests_skipsTasksThatTheWorkerHolds()
     manager.registerApplication(text("u1"), text("n"), text("t"));
     QTRY_COMPARE(CurlFake::requestCount(), 1);
     manager.holdInWorker(manager.onlyTask());
+
     manager.processRequests();
+
     QCOMPARE(manager.heldInWorker(), 1); // another append would have taken it out to run
 }
 
 void TestTaskQueue::twoRegistersAlike_areOneDescription()
 {
     OpenManager manager;
-    QVERIFY(manager.registerApplication(text("u1"), text("n"), text("t")));
     PlatformCapture::clear();
-    QVERIFY(!manager.registerApplication(text("u1"), text("n"), text("t")));
+
+    const bool first = manager.registerApplication(text("u1"), text("n"), text("t"));
+    const bool second = manager.registerApplication(text("u1"), text("n"), text("t"));
+    const bool other = manager.registerApplication(text("u1"), text("n2"), text("t"));
+
+    QVERIFY(first);
+    QVERIFY(!second);
+    QVERIFY(other);
     QCOMPARE(PlatformCapture::texts(),
              QList<QByteArray>{"QWixtApplicationManager: register task already exists"});
-    QCOMPARE(manager.pendingTasks.size(), 1);
-    QVERIFY(manager.registerApplication(text("u1"), text("n2"), text("t")));
-    QCOMPARE(manager.pendingTasks.size(), 2);
+    QVERIFY(manager.queue() ==
+            (QList<RemoteTaskDescription>{Descr::registration("u1", "n"), Descr::registration("u1", "n2")}));
 }
 
 void TestTaskQueue::listRequest_waitsOutsideItsStates_data()
@@ -286,16 +327,16 @@ void TestTaskQueue::listRequest_waitsOutsideItsStates()
     CurlFake::hold();
     OpenManager manager;
     manager.beReady();
-    manager.state = static_cast<QWixtApplicationManager::ManagerState>(state);
-    manager.getListOfRemoteApps();
-    QVERIFY(manager.pendingTasks.inOrder() == QList<RemoteTaskDescription>{Descr::list()});
-    QCOMPARE(manager.tasksByDescription.size(), goesOut ? 1 : 0);
-    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: added get list task"), goesOut ? 1 : 0);
+    manager.setState(state);
 
-    // Asked for again in the same state: still one.
     manager.getListOfRemoteApps();
-    QCOMPARE(manager.pendingTasks.size(), 1);
-    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: added get list task"), goesOut ? 2 : 0);
+    const int linesAtFirst = PlatformCapture::count(listLine);
+    manager.getListOfRemoteApps(); // the same state: still one
+
+    QVERIFY(manager.queue() == QList<RemoteTaskDescription>{Descr::list()});
+    QCOMPARE(manager.taskCount(), goesOut ? 1 : 0);
+    QCOMPARE(linesAtFirst, goesOut ? 1 : 0);
+    QCOMPARE(PlatformCapture::count(listLine), goesOut ? 2 : 0);
 }
 
 void TestTaskQueue::listRequest_again_data()
@@ -311,6 +352,7 @@ void TestTaskQueue::listRequest_again()
     QFETCH(bool, held);
     QFETCH(int, runs);
     CurlFake::hold();
+    CurlFake::setAnswer({CURLE_OK, 503, "", ""});
     OpenManager manager;
     manager.beReady();
     manager.getListOfRemoteApps();
@@ -318,12 +360,13 @@ void TestTaskQueue::listRequest_again()
     if (held) {
         manager.holdInWorker(manager.onlyTask());
     }
+
     manager.getListOfRemoteApps();
-    QCOMPARE(manager.tasksByDescription.size(), 1);
-    CurlFake::setAnswer({CURLE_OK, 503, "", ""});
+
+    QCOMPARE(manager.taskCount(), 1);
+    QCOMPARE(manager.outstandingRunsOf(Descr::list()), runs);
     CurlFake::release();
-    QTRY_COMPARE(CurlFake::requestCount(), runs);
-    QTest::qWait(50); // grace time: no further run
+    QTRY_VERIFY(!manager.isRunOutstanding());
     QCOMPARE(CurlFake::requestCount(), runs);
 }
 
@@ -331,12 +374,13 @@ void TestTaskQueue::listRequest_withoutATask()
 {
     OpenManager manager;
     manager.beReady();
-    manager.pendingTasks = {Descr::list()};
+    manager.setQueue({Descr::list()});
+
     manager.getListOfRemoteApps();
-    QCOMPARE(manager.tasksByDescription.size(), 1);
-    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: added get list task"), 1);
-    QTest::qWait(50); // grace time: a task that the worker does not hold is left alone
-    QCOMPARE(CurlFake::requestCount(), 0);
+
+    QCOMPARE(manager.taskCount(), 1);
+    QCOMPARE(PlatformCapture::count(listLine), 1);
+    QVERIFY(!manager.isRunOutstanding()); // a task that the worker does not hold is left alone
 }
 
 void TestTaskQueue::withdrawing_keepsQueueTasksAndTimers()
@@ -346,18 +390,31 @@ void TestTaskQueue::withdrawing_keepsQueueTasksAndTimers()
     manager.beReady();
     manager.registerApplication(text("u1"), text("n"), text("t"));
     manager.registerApplication(text("u2"), text("n"), text("t"));
-    QTRY_COMPARE(manager.retryTimers.size(), 2);
+    QTRY_COMPARE(manager.retryCount(), 2);
     PlatformCapture::clear();
-    manager.removeAllTasksFromWorker();
-    QCOMPARE(PlatformCapture::texts(),
-             QList<QByteArray>{"QWixtApplicationManager: Remove all tasks from worker"});
-    QCOMPARE(manager.pendingTasks.size(), 2);
-    QCOMPARE(manager.tasksByDescription.size(), 2);
-    QCOMPARE(manager.retryTimers.size(), 2);
 
-    // Tasks that the worker holds are asked for back, which the fetcher refuses: it knows periodic ones only.
-    manager.holdInWorker(*manager.tasksByDescription.begin());
     manager.removeAllTasksFromWorker();
+
+    QCOMPARE(managerLines(), QList<QByteArray>{"QWixtApplicationManager: Remove all tasks from worker"});
+    QVERIFY(PlatformCapture::texts(LogPriority::Warning).isEmpty());
+    QCOMPARE(manager.queue().size(), 2);
+    QCOMPARE(manager.taskCount(), 2);
+    QCOMPARE(manager.retryCount(), 2);
+}
+
+void TestTaskQueue::withdrawing_doesNotTakeBackWhatTheWorkerHolds()
+{
+    // The fetcher is asked, and refuses: it knows periodic tasks only.
+    CurlFake::setAnswer({CURLE_OK, 503, "", ""});
+    OpenManager manager;
+    manager.beReady();
+    manager.registerApplication(text("u1"), text("n"), text("t"));
+    manager.registerApplication(text("u2"), text("n"), text("t"));
+    QTRY_COMPARE(manager.retryCount(), 2);
+    manager.holdInWorker(manager.anyTask());
+
+    manager.removeAllTasksFromWorker();
+
     QCOMPARE(PlatformCapture::count("DataFetcher: Wrong task id"), 2); // both have the one id of remote tasks
     QCOMPARE(manager.heldInWorker(), 1);
 }
@@ -384,18 +441,18 @@ void TestTaskQueue::failure_isGivenUpOrRetried()
     const RemoteTaskDescription descr = {kind, text("u1"), {{text("app_id"), text("a")}}};
     OpenManager manager;
     manager.beReady();
-    manager.pendingTasks = {Descr::update("x", "y"), descr, Descr::update("x", "z")};
-    const QPointer<RemoteTaskWithDescription> task = manager.createRemoteTask(descr);
-    QVERIFY(manager.tasksByDescription.store(descr, task) == nullptr);
+    manager.setQueue({Descr::update("x", "y"), descr, Descr::update("x", "z")});
+    const QPointer<RemoteTaskWithDescription> task = manager.createStoredTask(descr);
     const QSignalSpy registered(&manager, &QWixtApplicationManager::applicationRegistered);
     const QSignalSpy deleted(&manager, &QWixtApplicationManager::applicationDeleted);
     PlatformCapture::clear();
+
     manager.fail(descr, code);
 
-    QCOMPARE(manager.pendingTasks.contains(descr), retried);
-    QCOMPARE(manager.pendingTasks.size(), retried ? 3 : 2);
-    QCOMPARE(manager.tasksByDescription.find(descr) != nullptr, retried);
-    QCOMPARE(manager.retryTimers.contains(task), retried);
+    QCOMPARE(manager.queue().contains(descr), retried);
+    QCOMPARE(manager.queue().size(), retried ? 3 : 2);
+    QCOMPARE(manager.taskOf(descr) != nullptr, retried);
+    QCOMPARE(manager.retryOf(task) != nullptr, retried);
     QCOMPARE(registered.count(), 0);
     QCOMPARE(deleted.count(), code == 404 && kind == 2 ? 1 : 0);
     QCOMPARE(PlatformCapture::texts(), retried ? QList<QByteArray>{retryLine} : QList<QByteArray>());
@@ -410,13 +467,15 @@ void TestTaskQueue::deleteAnswered404_countsAsDone()
     manager.addRemote({text("a7"), text("u1"), text("n"), text("t")});
     QSignalSpy deleted(&manager, &QWixtApplicationManager::applicationDeleted);
     CurlFake::setAnswer({CURLE_OK, 404, "", ""});
+
     manager.deleteApplication(text("a7"), text("u1"), text("t"));
+
     QVERIFY(deleted.wait(5000));
     QCOMPARE(deleted.at(0), (QVariantList{text("u1"), text("a7"), text("t")}));
-    QVERIFY(manager.pendingTasks.isEmpty());
-    QVERIFY(manager.tasksByDescription.isEmpty());
-    QVERIFY(manager.retryTimers.isEmpty());
-    QVERIFY(manager.remoteApplications.contains(text("a7"))); // the record stays on this path
+    QVERIFY(manager.queue().isEmpty());
+    QCOMPARE(manager.taskCount(), 0);
+    QCOMPARE(manager.retryCount(), 0);
+    QCOMPARE(manager.remoteRecords(), QStringList{text("a7: a7 u1 n t")}); // the record stays on this path
 }
 
 void TestTaskQueue::retryTimer_isOneOfFiveSeconds()
@@ -424,10 +483,12 @@ void TestTaskQueue::retryTimer_isOneOfFiveSeconds()
     CurlFake::setAnswer({CURLE_OK, 500, "", ""});
     OpenManager manager;
     manager.beReady();
+
     manager.registerApplication(text("u1"), text("n"), text("t"));
-    QTRY_COMPARE(manager.retryTimers.size(), 1);
-    const QTimer *const timer = manager.retryTimers.first();
-    QCOMPARE(manager.retryTimers.firstKey(), manager.onlyTask());
+
+    QTRY_COMPARE(manager.retryCount(), 1);
+    const QTimer *const timer = manager.onlyRetry();
+    QCOMPARE(manager.taskOfOnlyRetry(), manager.onlyTask());
     QCOMPARE(timer->interval(), 5000);
     QVERIFY(timer->isSingleShot());
     QVERIFY(timer->isActive());
@@ -441,13 +502,15 @@ void TestTaskQueue::secondFailure_restartsTheSameTimer()
     OpenManager manager;
     manager.beReady();
     manager.registerApplication(text("u1"), text("n"), text("t"));
-    QTRY_COMPARE(manager.retryTimers.size(), 1);
-    const QTimer *const timer = manager.retryTimers.first();
+    QTRY_COMPARE(manager.retryCount(), 1);
+    const QTimer *const timer = manager.onlyRetry();
     QTest::qWait(200);
     QVERIFY(timer->remainingTime() < 4900);
+
     manager.fail(Descr::registration("u1", "n"), 500);
-    QCOMPARE(manager.retryTimers.size(), 1);
-    QCOMPARE(manager.retryTimers.first(), timer);
+
+    QCOMPARE(manager.retryCount(), 1);
+    QCOMPARE(manager.onlyRetry(), timer);
     QVERIFY(timer->remainingTime() > 4900);
     QCOMPARE(PlatformCapture::count(retryLine), 2);
 }
@@ -460,54 +523,67 @@ void TestTaskQueue::retry_whenReadyGoesOut()
     manager.beReady();
     QSignalSpy registered(&manager, &QWixtApplicationManager::applicationRegistered);
     manager.registerApplication(text("u1"), text("n"), text("t"));
-    QTRY_COMPARE(manager.retryTimers.size(), 1);
-    const QPointer<QTimer> timer = manager.retryTimers.first();
+    QTRY_COMPARE(manager.retryCount(), 1);
+    const QPointer<QTimer> timer = manager.onlyRetry();
+
     manager.retryNow();
+
     QVERIFY(registered.wait(5000));
-    QVERIFY(manager.retryTimers.isEmpty());
+    QCOMPARE(manager.retryCount(), 0);
     QCOMPARE(CurlFake::requestCount(), 2);
     QTRY_VERIFY(timer.isNull());
 }
 
-void TestTaskQueue::retry_whileNotReadyWaitsForTheNextReady()
+void TestTaskQueue::retry_whileNotReadyIsNotSent()
+{
+    CurlFake::setAnswer({CURLE_OK, 503, "", ""});
+    OpenManager manager;
+    manager.beReady();
+    manager.registerApplication(text("u1"), text("n"), text("t"));
+    QTRY_COMPARE(manager.retryCount(), 1);
+    const QPointer<QTimer> timer = manager.onlyRetry();
+    manager.loseInternet();
+    PlatformCapture::clear();
+
+    manager.retryNow();
+
+    QTRY_COMPARE(manager.retryCount(), 0);
+    QTRY_VERIFY(timer.isNull());
+    QCOMPARE(managerLines(), QList<QByteArray>{"QWixtApplicationManager: not ready to do request 0"});
+    QCOMPARE(manager.queue().size(), 1);
+    QCOMPARE(manager.taskCount(), 1);
+    QVERIFY(!manager.isRunOutstanding());
+}
+
+void TestTaskQueue::retryDueWhileNotReady_goesOutAtTheNextReady()
 {
     CurlFake::queueAnswer({CURLE_OK, 503, "", ""});
     OpenManager manager;
     manager.beReady();
-    manager.updateApplication(text("a"), text("u1"), text("n"), text("t")); // unknown there: a register
-    QTRY_COMPARE(manager.retryTimers.size(), 1);
-    const QPointer<QTimer> timer = manager.retryTimers.first();
-    manager.internetAvailable = false;
-    manager.evaluateState();
-    PlatformCapture::clear();
+    manager.registerApplication(text("u1"), text("n"), text("t"));
+    QTRY_COMPARE(manager.retryCount(), 1);
+    manager.loseInternet();
     manager.retryNow();
-    QTRY_VERIFY(manager.retryTimers.isEmpty());
-    QTRY_VERIFY(timer.isNull());
-    QCOMPARE(PlatformCapture::texts(),
-             QList<QByteArray>{"QWixtApplicationManager: not ready to do request 0"});
-    QCOMPARE(manager.pendingTasks.size(), 1);
-    QCOMPARE(manager.tasksByDescription.size(), 1);
-    QCOMPARE(CurlFake::requestCount(), 1);
+    QTRY_COMPARE(manager.retryCount(), 0);
 
-    manager.internetAvailable = true;
-    manager.evaluateState();
-    QTRY_COMPARE(CurlFake::requestCount(), 2);
-    QTRY_VERIFY(manager.pendingTasks.isEmpty());
+    manager.regainInternet();
+
+    QTRY_VERIFY(manager.queue().isEmpty());
+    QCOMPARE(CurlFake::requestCount(), 2);
 }
 
 void TestTaskQueue::retry_ofTheListGoesOutAnyway()
 {
     CurlFake::setAnswer({CURLE_COULDNT_CONNECT, 0, "", ""});
     OpenManager manager;
-    manager.beReady();
-    manager.remoteListReceived = false;
-    manager.state = QWixtApplicationManager::WaitForList;
+    manager.beWaitingForList();
     manager.getListOfRemoteApps();
-    QTRY_COMPARE(manager.retryTimers.size(), 1);
-    manager.internetAvailable = false;
-    manager.evaluateState();
-    QCOMPARE(manager.state, QWixtApplicationManager::NoInternet);
+    QTRY_COMPARE(manager.retryCount(), 1);
+    manager.loseInternet();
+    QCOMPARE(manager.currentState(), QWixtApplicationManager::NoInternet);
+
     manager.retryNow();
+
     QTRY_COMPARE(CurlFake::requestCount(), 2);
 }
 
@@ -517,12 +593,14 @@ void TestTaskQueue::retry_whileTheWorkerHoldsTheTask()
     OpenManager manager;
     manager.beReady();
     manager.registerApplication(text("u1"), text("n"), text("t"));
-    QTRY_COMPARE(manager.retryTimers.size(), 1);
-    const QPointer<QTimer> timer = manager.retryTimers.first();
+    QTRY_COMPARE(manager.retryCount(), 1);
+    const QPointer<QTimer> timer = manager.onlyRetry();
     manager.holdInWorker(manager.onlyTask());
     PlatformCapture::clear();
+
     manager.retryNow();
-    QTRY_VERIFY(manager.retryTimers.isEmpty());
+
+    QTRY_COMPARE(manager.retryCount(), 0);
     QTRY_VERIFY(timer.isNull());
     QCOMPARE(PlatformCapture::texts(),
              QList<QByteArray>{"QWixtApplicationManager: not ready to do request 1"});
@@ -532,10 +610,12 @@ void TestTaskQueue::retryTimer_withoutSender()
 {
     OpenManager manager;
     PlatformCapture::clear();
+
     manager.delayedTaskTimeout();
+
     QCOMPARE(PlatformCapture::texts(),
              QList<QByteArray>{"QWixtApplicationManager: Unknown timer finished working"});
-    QCOMPARE(PlatformCapture::lines().constFirst().priority, 5);
+    QCOMPARE(PlatformCapture::lines().constFirst().priority, static_cast<int>(LogPriority::Warning));
 }
 
 void TestTaskQueue::failureOfAnUnknownTask_endsInAWarning()
@@ -544,15 +624,17 @@ void TestTaskQueue::failureOfAnUnknownTask_endsInAWarning()
     manager.beReady();
     manager.fail(Descr::registration("gone"), 503);
     manager.fail(Descr::registration("gone too"), 503);
-    QCOMPARE(manager.retryTimers.size(), 1);
+    QCOMPARE(manager.retryCount(), 1);
     QCOMPARE(manager.findChildren<QTimer *>().size(), 2); // the refresh timer and one retry
-    const QPointer<QTimer> timer = manager.retryTimers.value(nullptr);
+    const QPointer<QTimer> timer = manager.retryOf(nullptr);
     QVERIFY(!timer.isNull());
     PlatformCapture::clear();
+
     manager.retryNow();
+
     QTRY_VERIFY(timer.isNull());
-    QVERIFY(manager.retryTimers.isEmpty());
-    QCOMPARE(PlatformCapture::texts(5),
+    QCOMPARE(manager.retryCount(), 0);
+    QCOMPARE(PlatformCapture::texts(LogPriority::Warning),
              QList<QByteArray>{"QWixtApplicationManager: Unknown task for timer finished working"});
 }
 
@@ -570,14 +652,16 @@ void TestTaskQueue::manyFailures_areAllRetried()
     }
     manager.updateApplication(text("a1"), text("w1"), text("new"), text("t"));
     manager.deleteApplication(text("a2"), text("w2"), text("t"));
-    QTRY_COMPARE(manager.retryTimers.size(), 12);
-    QVERIFY(!manager.retryTimers.contains(nullptr));
+    QTRY_COMPARE(manager.retryCount(), 12);
+    QVERIFY(manager.retryOf(nullptr) == nullptr);
     CurlFake::setAnswer({CURLE_OK, 200, R"({"app_id":"x"})", ""});
+
     manager.retryNow();
-    QTRY_VERIFY(manager.pendingTasks.isEmpty());
+
+    QTRY_VERIFY(manager.queue().isEmpty());
     QCOMPARE(CurlFake::requestCount(), 24);
-    QVERIFY(manager.tasksByDescription.isEmpty());
-    QVERIFY(manager.retryTimers.isEmpty());
+    QCOMPARE(manager.taskCount(), 0);
+    QCOMPARE(manager.retryCount(), 0);
 }
 
 void TestTaskQueue::disposedTask_takesItsTimerWithIt()
@@ -587,11 +671,13 @@ void TestTaskQueue::disposedTask_takesItsTimerWithIt()
     OpenManager manager;
     manager.beReady();
     manager.registerApplication(text("u1"), text("n"), text("t"));
-    QTRY_COMPARE(manager.retryTimers.size(), 1);
-    const QPointer<QTimer> timer = manager.retryTimers.first();
+    QTRY_COMPARE(manager.retryCount(), 1);
+    const QPointer<QTimer> timer = manager.onlyRetry();
     const QPointer<RemoteTaskWithDescription> task = manager.onlyTask();
+
     manager.fail(Descr::registration("u1", "n"), 400);
-    QVERIFY(manager.retryTimers.isEmpty());
+
+    QCOMPARE(manager.retryCount(), 0);
     QVERIFY(!timer->isActive());
     QTRY_VERIFY(timer.isNull());
     QTRY_VERIFY(task.isNull());
@@ -607,13 +693,15 @@ void TestTaskQueue::replacedTask_isDisposedOf()
     const QPointer<RemoteTaskWithDescription> first = manager.onlyTask();
     manager.deleteApplication(text("a"), text("u"), text("t")); // queued again, as deletions are
     const QPointer<RemoteTaskWithDescription> second = manager.onlyTask();
-    QCOMPARE(manager.pendingTasks.size(), 2);
-    QCOMPARE(manager.tasksByDescription.size(), 1);
+    QCOMPARE(manager.queue().size(), 2);
+    QCOMPARE(manager.taskCount(), 1);
     QVERIFY(second != first);
+
     CurlFake::release();
+
     QTRY_COMPARE(deleted.count(), 2);
     QCOMPARE(CurlFake::requestCount(), 2);
-    QVERIFY(manager.pendingTasks.isEmpty());
+    QVERIFY(manager.queue().isEmpty());
     QTRY_VERIFY(first.isNull());
     QTRY_VERIFY(second.isNull());
 }
@@ -624,7 +712,7 @@ void TestTaskQueue::retriedAThousandTimes_holdsAsMuch()
     OpenManager manager;
     manager.beReady();
     manager.registerApplication(text("u1"), text("n"), text("t"));
-    QTRY_COMPARE(manager.retryTimers.size(), 1);
+    QTRY_COMPARE(manager.retryCount(), 1);
     RemoteTaskWithDescription *const task = manager.onlyTask();
     const int connections = connectionsOf(task);
     QCOMPARE(connections, 7);
@@ -634,11 +722,11 @@ void TestTaskQueue::retriedAThousandTimes_holdsAsMuch()
         CurlFake::reset();
         CurlFake::setAnswer({CURLE_OK, 503, "busy", ""});
         PlatformCapture::clear();
-        QTimer *const timer = manager.retryTimers.value(task);
+        QTimer *const timer = manager.retryOf(task);
         QSignalSpy due(timer, &QTimer::timeout);
         manager.retryNow();
         QVERIFY(due.wait(5000));
-        while (manager.retryTimers.isEmpty()) {
+        while (manager.retryCount() == 0) {
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
         }
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -651,7 +739,7 @@ void TestTaskQueue::retriedAThousandTimes_holdsAsMuch()
     const std::size_t heldLate = mallinfo2().uordblks;
     QVERIFY2(heldLate < heldEarly + 8 * 1024,
              qPrintable(QStringLiteral("%1 bytes more").arg(heldLate - heldEarly)));
-    QCOMPARE(manager.pendingTasks.size(), 1);
+    QCOMPARE(manager.queue().size(), 1);
     QCOMPARE(manager.onlyTask(), task);
     QCOMPARE(manager.findChildren<QTimer *>().size(), 2); // the refresh timer and one retry
 }
@@ -661,7 +749,9 @@ void TestTaskQueue::failureBody_isPrintedInDebug()
     OpenManager manager;
     manager.beReady();
     const MessageCapture messages;
+
     manager.fail(Descr::registration("u1"), 400, "no such device");
+
     QCOMPARE(messages.debugTexts(), QStringList{text("400 \"no such device\"")});
 }
 

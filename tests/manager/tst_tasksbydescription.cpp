@@ -39,6 +39,7 @@ class TestTasksByDescription : public QObject
 private Q_SLOTS:
     void pendingRegisters_areAllFound_data();
     void pendingRegisters_areAllFound();
+    void anyOrderOfEntries_keepsThemAll_data();
     void anyOrderOfEntries_keepsThemAll();
     void storing_replacesAnEqualEntry();
     void taking_removesOneEntry();
@@ -56,9 +57,11 @@ void TestTasksByDescription::pendingRegisters_areAllFound()
 {
     QFETCH(int, count);
     TasksByDescription tasks;
+
     for (int i = 0; i < count; ++i) {
         QVERIFY(tasks.store({1, QString::number(i), {{QStringLiteral("name"), i}}}, task(i)) == nullptr);
     }
+
     QCOMPARE(tasks.size(), count);
     for (int i = 0; i < count; ++i) {
         QCOMPARE(tasks.find({1, QString::number(i), {{QStringLiteral("name"), i}}}), task(i));
@@ -67,26 +70,35 @@ void TestTasksByDescription::pendingRegisters_areAllFound()
     QVERIFY(tasks.find({2, QStringLiteral("0"), {{QStringLiteral("name"), 0}}}) == nullptr);
 }
 
+void TestTasksByDescription::anyOrderOfEntries_keepsThemAll_data()
+{
+    QTest::addColumn<quint32>("seed");
+    for (quint32 seed = 1; seed <= 50; ++seed) {
+        QTest::addRow("seed %u", seed) << seed;
+    }
+}
+
 void TestTasksByDescription::anyOrderOfEntries_keepsThemAll()
 {
-    QRandomGenerator random(4711);
-    for (int round = 0; round < 50; ++round) {
-        QList<RemoteTaskDescription> order = mixture();
-        std::shuffle(order.begin(), order.end(), random);
-        TasksByDescription tasks;
-        for (int i = 0; i < order.size(); ++i) {
-            QVERIFY(tasks.store(order.at(i), task(i)) == nullptr);
-        }
-        QCOMPARE(tasks.size(), static_cast<int>(order.size()));
-        for (int i = 0; i < order.size(); ++i) {
-            QCOMPARE(tasks.find(order.at(i)), task(i));
-        }
-        for (int i = 0; i < order.size(); i += 2) {
-            QCOMPARE(tasks.take(order.at(i)), task(i));
-        }
-        for (int i = 0; i < order.size(); ++i) {
-            QCOMPARE(tasks.find(order.at(i)), i % 2 == 0 ? nullptr : task(i));
-        }
+    QFETCH(quint32, seed);
+    QRandomGenerator random(seed);
+    QList<RemoteTaskDescription> order = mixture();
+    std::shuffle(order.begin(), order.end(), random);
+    TasksByDescription tasks;
+    for (int i = 0; i < order.size(); ++i) {
+        QVERIFY(tasks.store(order.at(i), task(i)) == nullptr);
+    }
+    QCOMPARE(tasks.size(), static_cast<int>(order.size()));
+    for (int i = 0; i < order.size(); ++i) {
+        QCOMPARE(tasks.find(order.at(i)), task(i));
+    }
+
+    for (int i = 0; i < order.size(); i += 2) {
+        QCOMPARE(tasks.take(order.at(i)), task(i));
+    }
+
+    for (int i = 0; i < order.size(); ++i) {
+        QCOMPARE(tasks.find(order.at(i)), i % 2 == 0 ? nullptr : task(i));
     }
 }
 
@@ -97,11 +109,17 @@ void TestTasksByDescription::storing_replacesAnEqualEntry()
     for (int i = 0; i < all.size(); ++i) {
         QVERIFY(tasks.store(all.at(i), task(i)) == nullptr);
     }
+
+    QList<RemoteTaskWithDescription *> replaced;
     for (int i = 0; i < all.size(); ++i) {
-        QCOMPARE(tasks.store(all.at(i), task(1000 + i)), task(i));
+        replaced.append(tasks.store(all.at(i), task(1000 + i)));
     }
+
     QCOMPARE(tasks.size(), static_cast<int>(all.size()));
-    QCOMPARE(tasks.find(all.at(17)), task(1017));
+    for (int i = 0; i < all.size(); ++i) {
+        QCOMPARE(replaced.at(i), task(i));
+        QCOMPARE(tasks.find(all.at(i)), task(1000 + i));
+    }
 }
 
 void TestTasksByDescription::taking_removesOneEntry()
@@ -111,8 +129,12 @@ void TestTasksByDescription::taking_removesOneEntry()
     for (int i = 0; i < all.size(); ++i) {
         QVERIFY(tasks.store(all.at(i), task(i)) == nullptr);
     }
-    QCOMPARE(tasks.take(all.at(40)), task(40));
-    QVERIFY(tasks.take(all.at(40)) == nullptr);
+
+    const RemoteTaskWithDescription *const taken = tasks.take(all.at(40));
+    const RemoteTaskWithDescription *const takenAgain = tasks.take(all.at(40));
+
+    QCOMPARE(taken, static_cast<const RemoteTaskWithDescription *>(task(40)));
+    QVERIFY(takenAgain == nullptr);
     QCOMPARE(tasks.size(), static_cast<int>(all.size()) - 1);
 }
 
