@@ -152,6 +152,8 @@ void OpenManager::retryNow()
 
 void OpenManager::holdInWorker(RemoteTaskWithDescription *task)
 {
+    // The thread's start has the queue looked into once more. It was reported before the first run.
+    QCoreApplication::sendPostedEvents();
     findChild<VDataFetcherPrivate *>()->execQueue.append(task);
 }
 

@@ -74,7 +74,7 @@ public:
     /// Has the waiting retries due now.
     void retryNow();
     /// Puts a task where the worker counts it as held: into the run queue, which is empty otherwise, since
-    /// what is queued goes to the thread at once.
+    /// what is queued goes to the thread at once. After a first transfer has begun only.
     void holdInWorker(RemoteTaskWithDescription *task);
     void letGoInWorker();
 
