@@ -2,11 +2,21 @@
 #include "described.h"
 #include "shapes/json.h"
 
+#include <QBitArray>
+#include <QCborArray>
+#include <QCborMap>
+#include <QCborValue>
 #include <QDBusObjectPath>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QJsonValue>
 #include <QtTest>
+#include <QUuid>
 
 #include <cmath>
 #include <limits>
+#include <vector>
 
 namespace
 {
@@ -19,6 +29,26 @@ const char stateText[] =
 Daemon::DeviceState stateFrom(const QByteArray &text)
 {
     return Daemon::DeviceState::fromMap(Json::parse(text).toMap());
+}
+
+template <typename T>
+QVariant of(const T &value)
+{
+    return QVariant::fromValue(value);
+}
+
+QByteArray nestedArrays(int depth)
+{
+    return QByteArray(depth, '[') + QByteArray(depth, ']');
+}
+
+QVariant nestedMaps(int depth)
+{
+    QVariant value = 1;
+    for (int i = 0; i < depth; ++i) {
+        value = QVariantMap{{QStringLiteral("a"), value}};
+    }
+    return value;
 }
 
 } // namespace
@@ -36,6 +66,7 @@ private Q_SLOTS:
     void valueThatJsonCannotCarry_isRefused_data();
     void valueThatJsonCannotCarry_isRefused();
     void deeplyNestedText_isRefusedOrParsed();
+    void asMuchNesting_isWrittenAsIsRead();
 
     void stateWithEveryKey_fillsTheRecord();
     void stateWithoutUpdate_hasNoPendingUpdate_data();
@@ -116,6 +147,35 @@ void TestProxyValues::value_isWrittenAsCompactJson_data()
     row("double", 0.25, "0.25");
     row("whole double", 3.0, "3");
     row("float", 0.5F, "0.5");
+    row("zero byte", QByteArray("a\0b", 3), "\"a\\u0000b\"");
+    row("zero character", QString(QChar(0)), "\"\\u0000\"");
+    row("signed char", of(static_cast<signed char>(-3)), "-3");
+    row("char", of('c'), "\"c\"");
+    row("character", of(QChar(u'c')), "\"c\"");
+    row("enumerator", of(Qt::Vertical), "2");
+    row("uuid", QUuid(1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11), "\"{00000001-0002-0003-0405-060708090a0b}\"");
+    row("JSON object", QJsonObject{{a, QJsonArray{1, 0.5, QJsonValue()}}}, "{\"a\":[1,0.5,null]}");
+    row("JSON array", QJsonArray{true, QJsonObject()}, "[true,{}]");
+    row("JSON value", of(QJsonValue(a)), "\"a\"");
+    row("JSON number", of(QJsonValue(5)), "5");
+    row("JSON null", of(QJsonValue()), "null");
+    row("JSON undefined", of(QJsonValue(QJsonValue::Undefined)), "null");
+    row("JSON document", of(QJsonDocument(QJsonArray{1})), "[1]");
+    row("CBOR map", of(QCborMap{{a, nullptr}}), "{\"a\":null}");
+    row("CBOR value", of(QCborValue(QCborArray{1, a})), "[1,\"a\"]");
+    row("list of numbers", of(QList<int>{1, 2}), "[1,2]");
+    row("list of floats", of(QList<float>{0.5F}), "[0.5]");
+    row("list of bytes", of(QByteArrayList{"a", QByteArray()}), "[\"a\",\"\"]");
+    row("standard vector", of(std::vector<bool>{true, false}), "[true,false]");
+    row("list of maps", of(QList<QVariantMap>{{{a, 1}}, {}}), "[{\"a\":1},{}]");
+    row("map of strings", of(QMap<QString, QString>{{a, a}}), "{\"a\":\"a\"}");
+    row("map of lists", of(QMap<QString, QVariantList>{{a, {1, QVariant()}}}), "{\"a\":[1,null]}");
+    row("map by number", of(QMap<int, double>{{1, 0.5}}), "{\"1\":0.5}");
+    row("hash of maps", of(QHash<QString, QVariantMap>{{a, {{a, 1}}}}), "{\"a\":{\"a\":1}}");
+    row("mix",
+        QVariantMap{{a, QVariantList{QJsonObject{{a, 1}}, of(QList<QVariantMap>{{{a, of(QList<int>{1})}}}),
+                                     of(QMap<QString, QString>{{a, a}}), of(QJsonValue(0.5))}}},
+        "{\"a\":[{\"a\":1},[{\"a\":[1]}],{\"a\":\"a\"},0.5]}");
     row("url", QUrl(QStringLiteral("http://example.com/")), "\"http://example.com/\"");
 }
 
@@ -139,6 +199,11 @@ void TestProxyValues::valueThatJsonCannotCarry_isRefused_data()
     QTest::newRow("infinite") << QVariant(std::numeric_limits<double>::infinity());
     QTest::newRow("infinite float") << QVariant(std::numeric_limits<float>::infinity());
     QTest::newRow("object path") << path;
+    QTest::newRow("bit array") << QVariant(QBitArray(1));
+    QTest::newRow("JSON object with no number")
+        << QVariant(QJsonObject{{a, std::numeric_limits<double>::infinity()}});
+    QTest::newRow("list of doubles with no number")
+        << of(QList<double>{std::numeric_limits<double>::quiet_NaN()});
     QTest::newRow("in a map") << QVariant(QVariantMap{{a, 1}, {QStringLiteral("b"), path}});
     QTest::newRow("in a list in a map") << QVariant(QVariantMap{{a, QVariantList{1, path}}});
 }
@@ -154,9 +219,25 @@ void TestProxyValues::valueThatJsonCannotCarry_isRefused()
 
 void TestProxyValues::deeplyNestedText_isRefusedOrParsed()
 {
-    const auto nested = [](int depth) { return QByteArray(depth, '[') + QByteArray(depth, ']'); };
-    QVERIFY(Json::parse(nested(1000)).isValid());
-    QVERIFY(!Json::parse(nested(100000)).isValid());
+    QVERIFY(Json::parse(nestedArrays(1000)).isValid());
+    QVERIFY(!Json::parse(nestedArrays(100000)).isValid());
+}
+
+void TestProxyValues::asMuchNesting_isWrittenAsIsRead()
+{
+    const QVariant deepest = Json::parse(nestedArrays(Json::deepestNesting));
+    bool arraysOk = false;
+    bool mapsOk = true;
+
+    const QByteArray text = Json::write(deepest, &arraysOk);
+    const QByteArray tooDeep = Json::write(nestedMaps(Json::deepestNesting + 1), &mapsOk);
+
+    QVERIFY(!Json::parse(nestedArrays(Json::deepestNesting + 1)).isValid());
+    QCOMPARE(text, nestedArrays(Json::deepestNesting));
+    QVERIFY(arraysOk);
+    QCOMPARE(tooDeep, QByteArray());
+    QVERIFY(!mapsOk);
+    QVERIFY(Json::parse(Json::write(nestedMaps(Json::deepestNesting))).isValid());
 }
 
 void TestProxyValues::stateWithEveryKey_fillsTheRecord()
