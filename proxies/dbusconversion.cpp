@@ -1,5 +1,7 @@
 #include "dbusconversion.h"
 
+#include "shapes/generic.h"
+
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
@@ -13,13 +15,6 @@ bool isA(const QVariant &value, int typeId) { return value.userType() == typeId;
 bool isObjectPath(const QVariant &value) { return isA(value, qMetaTypeId<QDBusObjectPath>()); }
 
 QString pathText(const QVariant &value) { return value.value<QDBusObjectPath>().path(); }
-
-// Text and bytes are no lists here, though Qt 6 offers to convert them to one.
-bool isList(const QVariant &value)
-{
-    const bool isText = isA(value, QMetaType::QString) || isA(value, QMetaType::QByteArray);
-    return !isText && value.canConvert<QVariantList>();
-}
 
 // The next element, taken out of its D-Bus variant. It is read as whatever it is: asking for a variant where
 // another type stands would not move the reader on, and its loop would never end.
@@ -101,22 +96,20 @@ QVariant convertDBusArgument(const QDBusArgument &argument)
 
 QVariant convertDBusVariant(const QVariant &value)
 {
-    if (value.canConvert<QVariantMap>()) {
-        auto map = value.value<QVariantMap>(); // unlike toMap(), this takes maps of one type too
-        for (QVariant &entry : map) {
+    if (std::optional<QVariantMap> map = Generic::asMap(value)) {
+        for (QVariant &entry : *map) {
             entry = convertDBusVariant(entry);
         }
-        return map;
+        return *map;
     }
     if (isA(value, QMetaType::QStringList)) {
         return value;
     }
-    if (isList(value)) {
-        auto list = value.value<QVariantList>();
-        for (QVariant &element : list) {
+    if (std::optional<QVariantList> list = Generic::asList(value)) {
+        for (QVariant &element : *list) {
             element = convertDBusVariant(element);
         }
-        return QVariant(list);
+        return QVariant(*list);
     }
     if (isA(value, qMetaTypeId<QDBusArgument>())) {
         return convertDBusArgument(value.value<QDBusArgument>());

@@ -1,6 +1,7 @@
 #include "shapes/reply.h"
 
 #include "dbusconversion.h"
+#include "shapes/generic.h"
 #include "shapes/json.h"
 
 #include <QDebug>
@@ -14,13 +15,6 @@ Result read(const QDBusMessage &reply, Result (*reader)(const QDBusArgument &))
 {
     const QVariant first = Reply::argument(reply);
     return first.isValid() ? reader(first.value<QDBusArgument>()) : Result();
-}
-
-// Text and bytes are no lists, though Qt 6 would make one of their characters.
-QVariantList listOf(const QVariant &value)
-{
-    const bool isText = value.userType() == QMetaType::QString || value.userType() == QMetaType::QByteArray;
-    return isText ? QVariantList() : value.toList();
 }
 
 } // namespace
@@ -51,7 +45,7 @@ QVariantMap Reply::jsonIntegerMap(const QDBusMessage &reply)
     return map;
 }
 
-QVariantList Reply::jsonList(const QDBusMessage &reply) { return listOf(json(reply)); }
+QVariantList Reply::jsonList(const QDBusMessage &reply) { return Generic::asList(json(reply)).value_or(QVariantList()); }
 
 QVariantMap Reply::map(const QDBusMessage &reply) { return read(reply, parseDBusMap); }
 
@@ -59,6 +53,6 @@ QVariantList Reply::list(const QDBusMessage &reply) { return read(reply, parseDB
 
 QVariant Reply::converted(const QDBusMessage &reply) { return convertDBusVariant(argument(reply)); }
 
-QVariantList Reply::convertedList(const QDBusMessage &reply) { return listOf(converted(reply)); }
+QVariantList Reply::convertedList(const QDBusMessage &reply) { return Generic::asList(converted(reply)).value_or(QVariantList()); }
 
 QVariantMap Reply::entries(const QDBusMessage &reply) { return read(reply, readDBusEntries); }
