@@ -7,6 +7,8 @@
 #include <QDBusVariant>
 #include <QDebug>
 
+using namespace VorletProxiesPrivate;
+
 namespace
 {
 

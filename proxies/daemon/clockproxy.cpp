@@ -4,6 +4,8 @@
 #include "shapes/json.h"
 #include "shapes/reply.h"
 
+using namespace VorletProxiesPrivate;
+
 namespace
 {
 const QLatin1String serviceName{"vorlet.daemon"};

@@ -3,6 +3,8 @@
 #include "shapes/introspection.h"
 #include "shapes/reply.h"
 
+using namespace VorletProxiesPrivate;
+
 namespace
 {
 const QLatin1String serviceName{"vorlet.daemon"};

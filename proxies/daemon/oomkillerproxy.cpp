@@ -2,6 +2,8 @@
 
 #include "shapes/introspection.h"
 
+using namespace VorletProxiesPrivate;
+
 namespace
 {
 const QLatin1String serviceName{"vorlet.daemon"};

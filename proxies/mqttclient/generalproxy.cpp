@@ -3,6 +3,8 @@
 #include "shapes/introspection.h"
 #include "shapes/subscription.h"
 
+using namespace VorletProxiesPrivate;
+
 namespace
 {
 const QLatin1String serviceName{"vorlet.mqtt.client"};

@@ -11,6 +11,9 @@
 
 #include <algorithm>
 
+namespace VorletProxiesPrivate
+{
+
 namespace
 {
 
@@ -206,3 +209,5 @@ QVariant carried(const QVariant &original, int room)
 } // namespace
 
 QVariantMap Argument::map(const QVariantMap &map) { return carriedMap(map, deepestNesting); }
+
+} // namespace VorletProxiesPrivate

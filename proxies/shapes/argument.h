@@ -4,7 +4,7 @@
 
 /// What a proxy may send. The bus library ends the process when an argument holds what D-Bus cannot carry, and the
 /// bus ends the connection when an argument nests too deeply; everything that is a map passes here first.
-namespace Argument
+namespace VorletProxiesPrivate::Argument
 {
 
 /// How many containers may lie in one another. Each array, map entry, structure and variant is one, so that a map
@@ -21,4 +21,4 @@ constexpr int deepestNesting = 60;
 ///   that holds variants, because nothing can be known of what it will write.
 QVariantMap map(const QVariantMap &map);
 
-} // namespace Argument
+} // namespace VorletProxiesPrivate::Argument

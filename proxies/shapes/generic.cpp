@@ -5,6 +5,9 @@
 #include <QJsonValue>
 #include <QMetaType>
 
+namespace VorletProxiesPrivate
+{
+
 QVariant Generic::unwrapped(const QVariant &value)
 {
     switch (value.userType()) {
@@ -37,3 +40,5 @@ std::optional<QVariantList> Generic::asList(const QVariant &value)
     const bool isText = value.userType() == QMetaType::QString || value.userType() == QMetaType::QByteArray;
     return !isText && value.canConvert<QVariantList>() ? std::optional(value.value<QVariantList>()) : std::nullopt;
 }
+
+} // namespace VorletProxiesPrivate

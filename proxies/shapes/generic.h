@@ -6,7 +6,7 @@
 #include <optional>
 
 /// What a value is, whichever class holds it and whichever Qt is asked.
-namespace Generic
+namespace VorletProxiesPrivate::Generic
 {
 
 /// @p value without the class that holds it: what a JSON or CBOR value stands for, an enumerator's number, a
@@ -22,4 +22,4 @@ std::optional<QVariantMap> asMap(const QVariant &value);
 /// The elements of any sequence. A string and a byte array are no sequences here, though Qt 6 offers to convert them.
 std::optional<QVariantList> asList(const QVariant &value);
 
-} // namespace Generic
+} // namespace VorletProxiesPrivate::Generic

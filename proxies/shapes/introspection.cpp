@@ -3,6 +3,9 @@
 #include <QDBusInterface>
 #include <QDBusVirtualObject>
 
+namespace VorletProxiesPrivate
+{
+
 namespace
 {
 
@@ -37,3 +40,5 @@ const QDBusConnection &withoutIntrospection(const QDBusConnection &connection, c
     }
     return connection;
 }
+
+} // namespace VorletProxiesPrivate

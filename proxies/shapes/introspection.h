@@ -3,6 +3,9 @@
 #include <QDBusConnection>
 #include <QString>
 
+namespace VorletProxiesPrivate
+{
+
 /// Gives @p connection back after telling it that @p interface has no members to ask the service for.
 ///
 /// QDBusInterface's constructor introspects the remote object unless its connection knows the interface
@@ -11,3 +14,5 @@
 /// connection does the constructor ask as it always did. A plain QDBusInterface made later for the same interface
 /// on the same connection finds no members either. One thread at a time for a connection, as for the proxies.
 const QDBusConnection &withoutIntrospection(const QDBusConnection &connection, const QString &interface);
+
+} // namespace VorletProxiesPrivate

@@ -9,6 +9,9 @@
 #include <cmath>
 #include <optional>
 
+namespace VorletProxiesPrivate
+{
+
 namespace
 {
 
@@ -118,3 +121,5 @@ QByteArray Json::write(const QVariant &value, bool *ok)
     }
     return text.value_or(QByteArray());
 }
+
+} // namespace VorletProxiesPrivate

@@ -4,7 +4,7 @@
 #include <QVariant>
 
 /// JSON text as the device services exchange it in byte arrays. Integers up to 2^63-1 are exact.
-namespace Json
+namespace VorletProxiesPrivate::Json
 {
 
 /// How many objects and arrays may lie in one another: as many as parse() reads.
@@ -19,4 +19,4 @@ QVariant parse(const QByteArray &text);
 /// when it holds what JSON cannot carry: a number that is not finite, a type without a string form, too much nesting.
 QByteArray write(const QVariant &value, bool *ok = nullptr);
 
-} // namespace Json
+} // namespace VorletProxiesPrivate::Json

@@ -6,6 +6,9 @@
 
 #include <QDebug>
 
+namespace VorletProxiesPrivate
+{
+
 namespace
 {
 
@@ -56,3 +59,5 @@ QVariant Reply::converted(const QDBusMessage &reply) { return convertDBusVariant
 QVariantList Reply::convertedList(const QDBusMessage &reply) { return Generic::asList(converted(reply)).value_or(QVariantList()); }
 
 QVariantMap Reply::entries(const QDBusMessage &reply) { return read(reply, readDBusEntries); }
+
+} // namespace VorletProxiesPrivate

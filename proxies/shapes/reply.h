@@ -9,7 +9,7 @@
 /// What a proxy's getter makes of a reply. An error, a reply without arguments and a call that does not wait
 /// for its reply all give the empty value of the result; a reply of another type gives what QVariant's own
 /// conversion gives.
-namespace Reply
+namespace VorletProxiesPrivate::Reply
 {
 
 /// The reply's first argument; invalid for an error and for a reply without arguments.
@@ -61,4 +61,4 @@ QVariantList convertedList(const QDBusMessage &reply);
 /// The first argument read with readDBusEntries().
 QVariantMap entries(const QDBusMessage &reply);
 
-} // namespace Reply
+} // namespace VorletProxiesPrivate::Reply

@@ -1,5 +1,8 @@
 #include "shapes/subscription.h"
 
+namespace VorletProxiesPrivate
+{
+
 bool subscribe(const QDBusInterface &proxy, const QString &name, QObject *receiver, const char *slot)
 {
     return proxy.connection().connect(proxy.service(), proxy.path(), proxy.interface(), name, receiver, slot);
@@ -9,3 +12,5 @@ bool unsubscribe(const QDBusInterface &proxy, const QString &name, QObject *rece
 {
     return proxy.connection().disconnect(proxy.service(), proxy.path(), proxy.interface(), name, receiver, slot);
 }
+
+} // namespace VorletProxiesPrivate

@@ -6,6 +6,8 @@
 
 #include <QDebug>
 
+using namespace VorletProxiesPrivate;
+
 namespace
 {
 const QLatin1String serviceName{"widget.manager"};

@@ -6,6 +6,8 @@
 #include "shapes/reply.h"
 #include "shapes/subscription.h"
 
+using namespace VorletProxiesPrivate;
+
 namespace
 {
 const QLatin1String serviceName{"widget.manager"};

@@ -18,6 +18,8 @@
 #include <limits>
 #include <vector>
 
+namespace Json = VorletProxiesPrivate::Json;
+
 namespace
 {
 
