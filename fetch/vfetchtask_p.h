@@ -1,6 +1,6 @@
 #pragma once
 
-#include "curlowners.h"
+#include "curlrequest.h"
 #include "vfetchtask.h"
 
 #include <QMap>
@@ -53,13 +53,15 @@ protected:
 private:
     void setRunning(bool isRunning);
     void transfer();
-    // With dataMutex held.
-    void applyMethod(CURL *handle, CurlForm &form) const;
-    CURLcode applyBody(CURL *handle) const;
-    void applyTarget(CURL *handle, const CurlList &headerList, const QByteArray &encodedUrl);
-    CURLcode fillHeaderList(CurlList &list) const;
-    CurlForm multipartForm() const;
 
-    void reportAnswer(CURL *handle, const char *methodWord, const QByteArray &encodedUrl);
-    void reportTransferFailure(CURLcode code, const QByteArray &encodedUrl);
+    CurlRequest prepareRequest();
+    // Its steps, with dataMutex held.
+    void addHeaders(CurlRequest &request) const;
+    void setMethod(CurlRequest &request) const;
+    void addForm(CurlRequest &request) const;
+    void setBody(CurlRequest &request) const;
+    void setTarget(CurlRequest &request);
+
+    void reportAnswer(const CurlRequest &request, int httpStatus);
+    void reportTransferFailure(const CurlRequest &request);
 };

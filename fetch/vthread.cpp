@@ -10,9 +10,3 @@ VThread::VThread(QObject *parent)
 }
 
 VThread::~VThread() = default;
-
-VThreadPrivate::VThreadPrivate(VThread *thread)
-    : QObject(thread)
-    , q(thread)
-{
-}

@@ -1,5 +1,7 @@
 #include "curlfake.h"
 
+#include "curlfakelists.h"
+
 #include <QMap>
 #include <QMutex>
 #include <QMutexLocker>
@@ -42,6 +44,9 @@ struct State {
     bool held = false;
     bool initFails = false;
     int resolverReads = 0;
+    QMap<CURLoption, CURLcode> refused;
+    std::function<void(CURLoption)> watcher;
+    CURLcode statusCode = CURLE_OK;
     CurlFake::Answer answer;
     QList<CurlFake::Answer> queue;
     QMap<CURL *, Transfer> transfers;
@@ -81,6 +86,8 @@ void note(Transfer &transfer, CURLoption option, void *argument)
         for (auto *line = static_cast<curl_slist *>(argument); line != nullptr; line = line->next) {
             transfer.request.headers.append(line->data);
         }
+    } else if (option == CURLOPT_HTTPPOST) {
+        transfer.request.form = CurlFake::partsOf(argument);
     } else if (option == CURLOPT_WRITEFUNCTION) {
         transfer.write = reinterpret_cast<Callback>(argument);
     } else if (option == CURLOPT_WRITEDATA) {
@@ -125,7 +132,16 @@ CURLcode __wrap_curl_easy_setopt(CURL *handle, CURLoption option, ...)
     va_start(arguments, option);
     void *const argument = va_arg(arguments, void *); // numbers and addresses are passed alike
     va_end(arguments);
-    const QMutexLocker locker(&state().mutex);
+    QMutexLocker locker(&state().mutex);
+    const std::function<void(CURLoption)> watcher = state().watcher;
+    if (watcher) {
+        locker.unlock();
+        watcher(option);
+        locker.relock();
+    }
+    if (state().refused.contains(option)) {
+        return state().refused.value(option);
+    }
     note(state().transfers[handle], option, argument);
     return __real_curl_easy_setopt(handle, option, argument);
 }
@@ -144,10 +160,8 @@ CURLcode __wrap_curl_easy_perform(CURL *handle)
     ended.status = answer.status;
     const Transfer copy = ended;
     locker.unlock();
-    if (answer.code == CURLE_OK) {
-        deliver(copy.header, copy.headerTarget, answer.header);
-        deliver(copy.write, copy.writeTarget, answer.body);
-    }
+    deliver(copy.header, copy.headerTarget, answer.header);
+    deliver(copy.write, copy.writeTarget, answer.body);
     return answer.code;
 }
 
@@ -158,6 +172,9 @@ CURLcode __wrap_curl_easy_getinfo(CURL *handle, CURLINFO info, ...)
     long *const result = va_arg(arguments, long *);
     va_end(arguments);
     const QMutexLocker locker(&state().mutex);
+    if (state().statusCode != CURLE_OK) {
+        return state().statusCode;
+    }
     *result = info == CURLINFO_RESPONSE_CODE ? state().transfers[handle].status : 0;
     return CURLE_OK;
 }
@@ -180,54 +197,20 @@ int __wrap___res_init()
 namespace CurlFake
 {
 
-bool Request::has(CURLoption option) const
-{
-    for (const Option &noted : options) {
-        if (noted.option == option) {
-            return true;
-        }
-    }
-    return false;
-}
-
-long Request::number(CURLoption option) const
-{
-    for (const Option &noted : options) {
-        if (noted.option == option) {
-            return noted.number;
-        }
-    }
-    return -1;
-}
-
-QByteArray Request::text(CURLoption option) const
-{
-    for (const Option &noted : options) {
-        if (noted.option == option) {
-            return noted.text;
-        }
-    }
-    return QByteArray();
-}
-
-QByteArray Request::method() const
-{
-    if (has(CURLOPT_CUSTOMREQUEST)) {
-        return text(CURLOPT_CUSTOMREQUEST);
-    }
-    return has(CURLOPT_COPYPOSTFIELDS) ? QByteArray("POST") : QByteArray("GET");
-}
-
 void reset()
 {
     const QMutexLocker locker(&state().mutex);
     state().held = false;
     state().initFails = false;
     state().resolverReads = 0;
+    state().refused.clear();
+    state().watcher = nullptr;
+    state().statusCode = CURLE_OK;
     state().answer = Answer();
     state().queue.clear();
     state().begun.clear();
     state().released.wakeAll();
+    resetLists();
 }
 
 void setAnswer(const Answer &answer)
@@ -259,6 +242,24 @@ void setInitFails(bool fails)
 {
     const QMutexLocker locker(&state().mutex);
     state().initFails = fails;
+}
+
+void failOption(CURLoption option, CURLcode code)
+{
+    const QMutexLocker locker(&state().mutex);
+    state().refused.insert(option, code);
+}
+
+void failStatus(CURLcode code)
+{
+    const QMutexLocker locker(&state().mutex);
+    state().statusCode = code;
+}
+
+void watchOptions(const std::function<void(CURLoption)> &hook)
+{
+    const QMutexLocker locker(&state().mutex);
+    state().watcher = hook;
 }
 
 QList<Request> requests()

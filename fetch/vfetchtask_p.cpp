@@ -1,7 +1,7 @@
+#include "vfetchtask_p.h"
 #include "formbody.h"
 #include "log.h"
 #include "threadnumber.h"
-#include "vfetchtask_p.h"
 
 #include <QDebug>
 #include <QMutexLocker>
@@ -112,162 +112,146 @@ void VFetchTaskPrivate::run()
 
 void VFetchTaskPrivate::transfer()
 {
-    const CurlHandle handle(curl_easy_init());
-    if (!handle) {
+    CurlRequest request = prepareRequest();
+    if (!request.handle) {
         logError("FetchTask: Unable to initialize curl.");
         status = 0;
         Q_EMIT q->failure(VFetchTask::NoCurlHandle, QByteArray());
         return;
     }
-
-    CurlForm form;
-    CurlList headersToSend;
-    CURLcode code = CURLE_OK;
-    QByteArray encodedUrl;
-    const char *word = "";
-    {
-        const QMutexLocker locker(&dataMutex);
-        curl_easy_setopt(handle.get(), CURLOPT_DNS_CACHE_TIMEOUT, dnsCacheSeconds);
-        curl_easy_setopt(handle.get(), CURLOPT_NOSIGNAL,
-                         1L); // the resolver must not use signals off the main thread
-        code = fillHeaderList(headersToSend);
-        applyMethod(handle.get(), form);
-        const CURLcode bodyCode = applyBody(handle.get());
-        code = code == CURLE_OK ? bodyCode : code;
-        encodedUrl = url.toEncoded();
-        applyTarget(handle.get(), headersToSend, encodedUrl);
-        word = methodWord(method);
+    if (request.result == CURLE_OK) {
+        logDebug("FetchTask: Making request to %s", request.url.constData());
     }
-
-    logDebug("FetchTask: Making request to %s", encodedUrl.constData());
-    if (code == CURLE_OK) { // else there was no memory for the request, and a part of it must not go out
-        code = curl_easy_perform(handle.get());
-    }
-    if (code == CURLE_OK) {
-        reportAnswer(handle.get(), word, encodedUrl);
+    long httpStatus = 0;
+    if (request.send(httpStatus) == CURLE_OK) {
+        reportAnswer(request, static_cast<int>(httpStatus));
     } else {
-        reportTransferFailure(code, encodedUrl);
+        reportTransferFailure(request);
     }
 }
 
-CURLcode VFetchTaskPrivate::fillHeaderList(CurlList &list) const
+CurlRequest VFetchTaskPrivate::prepareRequest()
+{
+    CurlRequest request;
+    request.handle.reset(curl_easy_init());
+    if (!request.handle) {
+        return request;
+    }
+    const QMutexLocker locker(&dataMutex);
+    request.url = url.toEncoded();
+    request.word = methodWord(method);
+    request.set(CURLOPT_DNS_CACHE_TIMEOUT, dnsCacheSeconds);
+    request.set(CURLOPT_NOSIGNAL, 1L); // the resolver must not use signals off the main thread
+    addHeaders(request);
+    setMethod(request);
+    setBody(request);
+    setTarget(request);
+    return request;
+}
+
+void VFetchTaskPrivate::addHeaders(CurlRequest &request) const
 {
     for (auto header = headers.cbegin(); header != headers.cend(); ++header) {
         if (debugLogEnabled()) {
             qDebug().noquote() << "header" << header.key() << ":" << shownValue(header.key(), header.value());
         }
-        const QByteArray line = QStringLiteral("%1: %2").arg(header.key(), header.value()).toLatin1();
-        curl_slist *const longer = curl_slist_append(list.get(), line.constData());
-        if (longer == nullptr) {
-            return CURLE_OUT_OF_MEMORY;
-        }
-        Q_UNUSED(list.release()) // the longer list owns it
-        list.reset(longer);
+        request.addHeader(QStringLiteral("%1: %2").arg(header.key(), header.value()).toLatin1());
     }
-    return CURLE_OK;
 }
 
-void VFetchTaskPrivate::applyMethod(CURL *handle, CurlForm &form) const
+void VFetchTaskPrivate::setMethod(CurlRequest &request) const
 {
     switch (method) {
     case VFetchTask::Get:
-        curl_easy_setopt(handle, CURLOPT_HTTPGET, 1L);
+        request.set(CURLOPT_HTTPGET, 1L);
         break;
     case VFetchTask::Post:
-        // Meant: the number stands where a form would, and the body option that always follows (applyBody)
+        // Meant: the number stands where a form would, and the body option that always follows (setBody)
         // makes this a plain POST, so that it is never read.
-        curl_easy_setopt(handle, CURLOPT_HTTPPOST,
-                         reinterpret_cast<curl_httppost *>(1)); // NOLINT(performance-no-int-to-ptr)
+        request.set(CURLOPT_HTTPPOST,
+                    reinterpret_cast<curl_httppost *>(1)); // NOLINT(performance-no-int-to-ptr)
         break;
     case VFetchTask::Put:
-        curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, "PUT");
+        request.set(CURLOPT_CUSTOMREQUEST, "PUT");
         break;
     case VFetchTask::PostForm:
-        form = multipartForm();
-        curl_easy_setopt(handle, CURLOPT_HTTPPOST, form.get());
+        addForm(request);
+        request.set(CURLOPT_HTTPPOST, request.form.get());
         break;
     case VFetchTask::Delete:
-        curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, "DELETE");
+        request.set(CURLOPT_CUSTOMREQUEST, "DELETE");
         break;
     case VFetchTask::Custom:
-        curl_easy_setopt(handle, CURLOPT_CUSTOMREQUEST, customMethod.constData());
+        request.set(CURLOPT_CUSTOMREQUEST, customMethod.constData());
         break;
     default:
         break;
     }
 }
 
-CurlForm VFetchTaskPrivate::multipartForm() const
+void VFetchTaskPrivate::addForm(CurlRequest &request) const
 {
-    curl_httppost *first = nullptr;
-    curl_httppost *last = nullptr;
     for (auto part = formParts.cbegin(); part != formParts.cend(); ++part) {
         const QByteArray name = part.key().toLocal8Bit();
         const QByteArray value = part.value().value.toString().toLocal8Bit();
         if (part.value().kind == QLatin1String("text")) {
-            curl_formadd(&first, &last, CURLFORM_COPYNAME, name.constData(), CURLFORM_COPYCONTENTS,
-                         value.constData(), CURLFORM_END);
+            request.addFormPart(name, CURLFORM_COPYCONTENTS, value);
         } else if (part.value().kind == QLatin1String("file")) {
-            curl_formadd(&first, &last, CURLFORM_COPYNAME, name.constData(), CURLFORM_FILE, value.constData(),
-                         CURLFORM_END);
+            request.addFormPart(name, CURLFORM_FILE, value);
         }
     }
-    return CurlForm(first);
 }
 
-CURLcode VFetchTaskPrivate::applyBody(CURL *handle) const
+void VFetchTaskPrivate::setBody(CurlRequest &request) const
 {
     const QByteArray text = requestBody(postParams, body);
     // A POST sets its body even when it is empty: without one the transfer would read the number set as its
     // form.
-    if (text.isEmpty() && method != VFetchTask::Post) {
-        return CURLE_OK;
+    if (!text.isEmpty() || method == VFetchTask::Post) {
+        request.set(CURLOPT_POSTFIELDSIZE, static_cast<long>(text.size()));
+        request.set(CURLOPT_COPYPOSTFIELDS, text.constData());
     }
-    curl_easy_setopt(handle, CURLOPT_POSTFIELDSIZE, static_cast<long>(text.size()));
-    return curl_easy_setopt(handle, CURLOPT_COPYPOSTFIELDS, text.constData());
 }
 
-void VFetchTaskPrivate::applyTarget(CURL *handle, const CurlList &headersToSend, const QByteArray &encodedUrl)
+void VFetchTaskPrivate::setTarget(CurlRequest &request)
 {
-    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, appendToBody);
-    curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
-    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, appendToHeader);
-    curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
-    curl_easy_setopt(handle, CURLOPT_HTTPHEADER, headersToSend.get());
-    curl_easy_setopt(handle, CURLOPT_URL, encodedUrl.constData());
-    curl_easy_setopt(handle, CURLOPT_TIMEOUT, static_cast<long>(timeout));
-    curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT, static_cast<long>(timeout));
-    curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(handle, CURLOPT_ACCEPT_ENCODING, ""); // whatever the library can decode
+    request.set(CURLOPT_WRITEFUNCTION, appendToBody);
+    request.set(CURLOPT_WRITEDATA, this);
+    request.set(CURLOPT_HEADERFUNCTION, appendToHeader);
+    request.set(CURLOPT_HEADERDATA, this);
+    request.set(CURLOPT_HTTPHEADER, request.headers.get());
+    request.set(CURLOPT_URL, request.url.constData());
+    request.set(CURLOPT_TIMEOUT, static_cast<long>(timeout));
+    request.set(CURLOPT_CONNECTTIMEOUT, static_cast<long>(timeout));
+    request.set(CURLOPT_FOLLOWLOCATION, 1L);
+    request.set(CURLOPT_ACCEPT_ENCODING, ""); // whatever the library can decode
 }
 
-void VFetchTaskPrivate::reportAnswer(CURL *handle, const char *word, const QByteArray &encodedUrl)
+void VFetchTaskPrivate::reportAnswer(const CurlRequest &request, int httpStatus)
 {
-    long code = 0;
-    curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &code);
-    status = static_cast<int>(code);
+    status = httpStatus;
     responseHeader = QHttpResponseHeader(responseHeaderText);
     responseHeader.setStatusLine(status);
 
     static const char line[] = "FetchTask: %s Status=%d Url=%s";
     if (status >= 200 && status <= 299) {
-        logDebug(line, word, status, encodedUrl.constData());
+        logDebug(line, request.word, status, request.url.constData());
         Q_EMIT q->success(responseBody);
     } else {
-        logWarning(line, word, status, encodedUrl.constData());
+        logWarning(line, request.word, status, request.url.constData());
         Q_EMIT q->failure(status, responseBody);
     }
 }
 
-void VFetchTaskPrivate::reportTransferFailure(CURLcode code, const QByteArray &encodedUrl)
+void VFetchTaskPrivate::reportTransferFailure(const CurlRequest &request)
 {
-    if (code == CURLE_COULDNT_RESOLVE_HOST) {
+    if (request.result == CURLE_COULDNT_RESOLVE_HOST) {
         // The network may have come up with other name servers: have the resolver read its configuration
         // again.
         __res_init();
     }
-    logError("FetchTask: [Error] %d %s %s", static_cast<int>(code), encodedUrl.constData(),
-             curl_easy_strerror(code));
+    logError("FetchTask: [Error] %d %s %s", static_cast<int>(request.result), request.url.constData(),
+             curl_easy_strerror(request.result));
     status = 0;
-    Q_EMIT q->failure(static_cast<int>(code), QByteArray());
+    Q_EMIT q->failure(static_cast<int>(request.result), QByteArray());
 }
