@@ -8,6 +8,9 @@
 VFetchTask::VFetchTask(int id)
     : d(new VFetchTaskPrivate(this, id))
 {
+    // By the name that typeChanged() is declared with, under which its argument crosses threads.
+    static const int typeOfType = qRegisterMetaType<VFetchTaskType>("VFetchTask::VFetchTaskType");
+    Q_UNUSED(typeOfType)
     logVerbose("Fetch task created");
 }
 

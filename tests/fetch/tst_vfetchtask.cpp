@@ -45,6 +45,7 @@ private Q_SLOTS:
     void init() { PlatformCapture::clear(); }
 
     void metaObject_listsSignalsThenMethodsInOrder();
+    void typeChanged_canCrossThreads();
     void types_haveTheirNumbers();
     void newTask_hasItsDefaults();
     void setInvokeInterval_tellsChangesOnly();
@@ -66,6 +67,18 @@ void TestVFetchTask::metaObject_listsSignalsThenMethodsInOrder()
                           QStringLiteral("void invokeIntervalChanged(int newInterval)"),
                           QStringLiteral("void typeChanged(VFetchTask::VFetchTaskType newType)"),
                           QStringLiteral("bool prepare()"), QStringLiteral("void run()")}));
+}
+
+void TestVFetchTask::typeChanged_canCrossThreads()
+{
+    // Regression: with the type unknown by this name, a change on another thread was lost.
+    const VFetchTask task(1);
+
+    const QMetaObject *const meta = task.metaObject();
+    const int typeChanged = meta->indexOfSignal("typeChanged(VFetchTask::VFetchTaskType)");
+
+    QVERIFY(typeChanged >= 0);
+    QVERIFY(meta->method(typeChanged).parameterType(0) != QMetaType::UnknownType);
 }
 
 void TestVFetchTask::types_haveTheirNumbers()
