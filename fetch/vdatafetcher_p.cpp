@@ -82,7 +82,7 @@ void VDataFetcherPrivate::add(VFetchTask *task, int invokeInterval, bool runNow)
     }
     // Neither changes anything for a task that was added before.
     connectTask(task);
-    if (!thread.isNull() && task->thread() != thread.data()) {
+    if (isThreadRunning() && task->thread() != thread.data()) {
         task->moveToThread(thread.data());
     }
     const bool periodic = task->type() == VFetchTask::Periodic;
@@ -178,6 +178,9 @@ void VDataFetcherPrivate::addTaskToExecQueue()
 
 void VDataFetcherPrivate::addTaskToExecQueue(VFetchTask *task)
 {
+    if (stopped || !isThreadRunning()) {
+        return; // nobody would ever take it out
+    }
     {
         const QMutexLocker locker(&queueMutex);
         execQueue.append(task);
@@ -243,24 +246,32 @@ void VDataFetcherPrivate::taskTypeChanged()
     if (task->type() == VFetchTask::SingleShot) {
         cancelRerun(task);
         removeTaskFromExecQueue(task);
-        tasksById.remove(task->id());
+        if (!isReplaced(task)) {
+            tasksById.remove(task->id());
+        }
     } else if (!tasksById.contains(task->id())) {
         tasksById.insert(task->id(), task);
         scheduleRerun(task);
     }
 }
 
+bool VDataFetcherPrivate::isReplaced(VFetchTask *task) const
+{
+    VFetchTask *const known = tasksById.value(task->id());
+    return known != nullptr && known != task;
+}
+
 void VDataFetcherPrivate::scheduleRerun(VFetchTask *task)
 {
-    if (stopped || !isThreadRunning() || task->invokeInterval() < 1) {
+    if (stopped || !isThreadRunning() || task->invokeInterval() < 1 || isReplaced(task)) {
         return;
     }
     cancelRerun(task); // a task queued twice finishes twice and still waits under one timer
     logDebug("DataFetcher: Scheduling task %d to start again in %d seconds. Thread: %x", task->id(),
              task->invokeInterval(), currentThreadNumber());
-    constexpr qint64 longestTimer = std::numeric_limits<int>::max();
-    const qint64 milliseconds = std::min(task->invokeInterval() * Q_INT64_C(1000), longestTimer);
-    const int timer = startTimer(static_cast<int>(milliseconds));
+    // In whole seconds: a timer rounds up to the next one, beyond which its milliseconds would overflow.
+    constexpr int longestSeconds = std::numeric_limits<int>::max() / 1000;
+    const int timer = startTimer(std::min(task->invokeInterval(), longestSeconds) * 1000);
     taskByTimer.insert(timer, task);
     timerByTask.insert(task, timer);
 }

@@ -51,6 +51,9 @@ private Q_SLOTS:
 
 private:
     VFetchTask *senderTask() const;
+    /// Whether another task has taken this one's place among the periodic tasks. Such a task still reports
+    /// its results; nothing else of it counts any more.
+    bool isReplaced(VFetchTask *task) const;
     void connectTask(VFetchTask *task);
     void disconnectTask(VFetchTask *task);
     void scheduleRerun(VFetchTask *task);
