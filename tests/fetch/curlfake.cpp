@@ -265,12 +265,16 @@ void watchOptions(const std::function<void(CURLoption)> &hook)
 QList<Request> requests()
 {
     const QMutexLocker locker(&state().mutex);
-    return state().begun;
+    // A list of the caller's own: shared, it would be read while the next request is appended to it.
+    QList<Request> copy = state().begun;
+    copy.detach();
+    return copy;
 }
 
 int requestCount()
 {
-    return static_cast<int>(requests().size());
+    const QMutexLocker locker(&state().mutex);
+    return static_cast<int>(state().begun.size());
 }
 
 int openHandles()

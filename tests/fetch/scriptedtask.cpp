@@ -70,7 +70,9 @@ void clear()
 QList<int> ids()
 {
     const QMutexLocker locker(&mutex);
-    return noted;
+    QList<int> copy = noted;
+    copy.detach(); // shared, it would be read while the next run is noted
+    return copy;
 }
 
 QThread *lastThread()
