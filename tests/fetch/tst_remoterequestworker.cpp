@@ -1,8 +1,9 @@
 #include "curlfake.h"
+#include "fetcherprobe.h"
 #include "platformcapture.h"
+#include "platformlog.h"
 #include "remoterequestworker.h"
 #include "remotetaskwithdescription.h"
-#include "vdatafetcher_p.h"
 
 #include <QPointer>
 #include <QtTest>
@@ -82,10 +83,11 @@ private Q_SLOTS:
     void taskAddedAgainAThousandTimes_holdsAsManyConnections();
     void containsTask_onlyWhileQueued();
     void removeTask_leavesTheRunQueued();
+    void removeTask_ofOneNotHeldIsSilent();
     void removeTask_whileHeldEndsInAWarning();
     void resultOfADeletedTask_isDropped_data();
     void resultOfADeletedTask_isDropped();
-    void finish_isTold();
+    void finish_isAnnounced();
     void disposedTask_isDeletedHereBehindItsResults();
     void disposedTask_thatNeverRan_isDeleted();
 };
@@ -138,8 +140,10 @@ void TestRemoteRequestWorker::result_carriesTheDescription()
     RemoteTaskWithDescription task(description("u"));
     RemoteRequestWorker worker(nullptr);
     const Receiver receiver(&worker);
+
     worker.addTask(&task);
     QTRY_COMPARE(receiver.results.size(), 1);
+
     QTEST(receiver.results.constFirst().code, "code");
     QTEST(receiver.results.constFirst().data, "data");
     QVERIFY(receiver.results.constFirst().descr == description("u"));
@@ -152,11 +156,11 @@ void TestRemoteRequestWorker::taskAddedTwice_isConnectedOnceAndRunsTwice()
     CountingTask task(description("u"));
     RemoteRequestWorker worker(nullptr);
     const Receiver receiver(&worker);
+
     worker.addTask(&task);
-    const int connections = task.connections();
     worker.addTask(&task);
-    QCOMPARE(task.connections(), connections);
-    QCOMPARE(connections, 7); // two of the worker, five of the fetcher
+
+    QCOMPARE(task.connections(), 7); // two of the worker, five of the fetcher
     QTRY_COMPARE(receiver.results.size(), 2);
     QCOMPARE(CurlFake::requestCount(), 2);
 }
@@ -168,12 +172,14 @@ void TestRemoteRequestWorker::taskAddedAgainAThousandTimes_holdsAsManyConnection
     RemoteRequestWorker worker(nullptr);
     Receiver receiver(&worker);
     QSignalSpy arrivals(&receiver, &Receiver::arrived);
+
     for (int i = 1; i <= 1000; ++i) {
         worker.addTask(&task);
         QVERIFY(arrivals.count() == i || arrivals.wait(5000));
-        QCOMPARE(receiver.results.size(), i);
-        QCOMPARE(task.connections(), 7);
     }
+
+    QCOMPARE(receiver.results.size(), 1000);
+    QCOMPARE(task.connections(), 7);
     QCOMPARE(CurlFake::requestCount(), 1000);
 }
 
@@ -183,9 +189,13 @@ void TestRemoteRequestWorker::containsTask_onlyWhileQueued()
     RemoteTaskWithDescription task(description("u"));
     RemoteRequestWorker worker(nullptr);
     QVERIFY(!worker.containsTask(&task));
+
     worker.addTask(&task);
     QTRY_COMPARE(CurlFake::requestCount(), 1);
     QVERIFY(!worker.containsTask(&task)); // it runs
+    FetcherProbe(worker).leaveInQueue(&task);
+
+    QVERIFY(worker.containsTask(&task));
     CurlFake::release();
 }
 
@@ -198,23 +208,35 @@ void TestRemoteRequestWorker::removeTask_leavesTheRunQueued()
     const Receiver receiver(&worker);
     worker.addTask(&first);
     worker.addTask(&second);
+
     worker.removeTask(&second);
     CurlFake::release();
+
     QTRY_COMPARE(receiver.results.size(), 2);
     QVERIFY(receiver.results.at(1).descr == description("2"));
+}
+
+void TestRemoteRequestWorker::removeTask_ofOneNotHeldIsSilent()
+{
+    RemoteTaskWithDescription task(description("u"));
+    RemoteRequestWorker worker(nullptr);
+
+    worker.removeTask(&task);
+
+    QVERIFY(PlatformCapture::texts(PlatformLogWarning).isEmpty());
 }
 
 void TestRemoteRequestWorker::removeTask_whileHeldEndsInAWarning()
 {
     RemoteTaskWithDescription task(description("u"));
     RemoteRequestWorker worker(nullptr);
-    auto *const fetcher = worker.findChild<VDataFetcherPrivate *>();
+    const FetcherProbe probe(worker);
+    probe.leaveInQueue(&task);
+
     worker.removeTask(&task);
-    QVERIFY(PlatformCapture::texts(5).isEmpty()); // not held
-    fetcher->execQueue.append(&task);
-    worker.removeTask(&task);
-    QCOMPARE(PlatformCapture::texts(5), QList<QByteArray>{"DataFetcher: Wrong task id"});
-    QCOMPARE(fetcher->execQueue.size(), 1);
+
+    QCOMPARE(PlatformCapture::texts(PlatformLogWarning), QList<QByteArray>{"DataFetcher: Wrong task id"});
+    QCOMPARE(probe.queued(), 1);
 }
 
 void TestRemoteRequestWorker::resultOfADeletedTask_isDropped_data()
@@ -235,24 +257,29 @@ void TestRemoteRequestWorker::resultOfADeletedTask_isDropped()
     auto *const task = new RemoteTaskWithDescription(description("u"));
     worker.addTask(task);
     auto *const thread = worker.findChild<VThread *>();
-    while (CurlFake::requestCount() == 0) {
+    for (int i = 0; i < 10000 && CurlFake::requestCount() == 0; ++i) {
         QThread::msleep(1); // no event loop here: the result waits
     }
+    QCOMPARE(CurlFake::requestCount(), 1);
     task->deleteLater(); // on its own thread, behind the run
     thread->quit();
     QVERIFY(thread->wait(5000));
     PlatformCapture::clear();
+
     QCoreApplication::processEvents();
+
     QVERIFY(receiver.results.isEmpty());
     QCOMPARE(PlatformCapture::count("DataFetcher: Task finished ignored as sender is deleted"), warnings);
 }
 
-void TestRemoteRequestWorker::finish_isTold()
+void TestRemoteRequestWorker::finish_isAnnounced()
 {
     RemoteRequestWorker worker(nullptr);
     const QSignalSpy finished(&worker, &RemoteRequestWorker::workerFinished);
     const QSignalSpy threadFinished(&worker, &RemoteRequestWorker::workerThreadFinished);
+
     worker.finish();
+
     QCOMPARE(finished.count(), 1);
     QCOMPARE(threadFinished.count(), 0);
 }
@@ -274,20 +301,24 @@ void TestRemoteRequestWorker::disposedTask_isDeletedHereBehindItsResults()
         Qt::DirectConnection);
     worker.addTask(task);
     worker.addTask(task);
+
     worker.disposeTask(task);
     QVERIFY(!task.isNull());
     CurlFake::release();
     QTRY_VERIFY(task.isNull());
+
     QCOMPARE(deletedOn, QThread::currentThread());
     QCOMPARE(resultsWhenDeleted, 2);
-    QVERIFY(PlatformCapture::texts(5).isEmpty()); // no result lost its sender
+    QVERIFY(PlatformCapture::texts(PlatformLogWarning).isEmpty()); // no result lost its sender
 }
 
 void TestRemoteRequestWorker::disposedTask_thatNeverRan_isDeleted()
 {
     RemoteRequestWorker worker(nullptr);
     QPointer<RemoteTaskWithDescription> task = new RemoteTaskWithDescription(description("u"));
+
     worker.disposeTask(task);
+
     QTRY_VERIFY(task.isNull());
 }
 

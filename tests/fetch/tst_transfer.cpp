@@ -1,5 +1,6 @@
 #include "httpserver.h"
 #include "platformcapture.h"
+#include "platformlog.h"
 #include "servewhile.h"
 #include "vfetchtask.h"
 
@@ -59,8 +60,10 @@ private Q_SLOTS:
     void largeBody_isSentWhole();
     void form_carriesTextAndFile();
     void redirect_isFollowed();
+    void redirectWithoutAPlace_isAFailure();
     void compressedAnswer_isDecoded();
     void closedConnection_isATransferError();
+    void bodyCutOff_isATransferErrorWithoutBody();
     void unresolvedHost_isCodeSix();
     void secondRun_startsAfresh();
 };
@@ -88,6 +91,7 @@ void TestTransfer::method_isOnTheWire()
     task.setHeader(QStringLiteral("X-Mine"), QStringLiteral("yes"));
     task.setPostParams({{QStringLiteral("name"), QStringLiteral("a&b=c%20")}, {QStringLiteral("e"), 1}});
     const QSignalSpy successes(&task, &VFetchTask::success);
+
     run(task);
 
     QCOMPARE(successes.count(), 1);
@@ -107,7 +111,9 @@ void TestTransfer::emptyPost_goesOutAsOne()
     task.setUrl(server.url());
     task.setRequestMethod(VFetchTask::Post);
     const QSignalSpy successes(&task, &VFetchTask::success);
+
     run(task);
+
     QCOMPARE(successes.count(), 1);
     QCOMPARE(server.requests().constFirst().firstLine(), QByteArray("POST / HTTP/1.1"));
     QVERIFY(server.requests().constFirst().bytes.contains("\r\nContent-Length: 0\r\n"));
@@ -125,7 +131,9 @@ void TestTransfer::largeBody_isSentWhole()
     task.setRequestMethod(VFetchTask::Put);
     task.setPostParam(QStringLiteral("k"), value);
     const QSignalSpy successes(&task, &VFetchTask::success);
+
     run(task);
+
     QCOMPARE(successes.count(), 1);
     QCOMPARE(successes.at(0).at(0).toByteArray(), answer);
     QCOMPARE(bodyOf(server.requests().constFirst()), "k=" + value.toLatin1());
@@ -133,8 +141,8 @@ void TestTransfer::largeBody_isSentWhole()
 
 void TestTransfer::form_carriesTextAndFile()
 {
-    const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("upload.txt"));
+    const QTemporaryDir directory;
+    const QString path = directory.filePath(QStringLiteral("upload.txt"));
     QFile file(path);
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write("content of the file");
@@ -148,6 +156,7 @@ void TestTransfer::form_carriesTextAndFile()
     task.setFormPart(QStringLiteral("b"), QStringLiteral("text"), QStringLiteral("some text"));
     task.setFormPart(QStringLiteral("a"), QStringLiteral("file"), path);
     task.setFormPart(QStringLiteral("c"), QStringLiteral("other"), QStringLiteral("skipped"));
+
     run(task);
 
     QCOMPARE(task.status(), 200);
@@ -171,15 +180,24 @@ void TestTransfer::redirect_isFollowed()
     VFetchTask task(1);
     task.setUrl(server.url("/here"));
     const QSignalSpy successes(&task, &VFetchTask::success);
+
     run(task);
+
     QCOMPARE(successes.count(), 1);
     QCOMPARE(server.requests().at(1).firstLine(), QByteArray("GET /there HTTP/1.1"));
     QCOMPARE(task.responseHeader().allValues(QStringLiteral("x")), QStringList{QStringLiteral("last")});
+}
 
-    // A redirect without a place to go is not followed: a failure with its status.
+void TestTransfer::redirectWithoutAPlace_isAFailure()
+{
+    Server server;
     server.queueAnswer(300, "choose");
+    VFetchTask task(1);
+    task.setUrl(server.url());
     const QSignalSpy failures(&task, &VFetchTask::failure);
+
     run(task);
+
     QCOMPARE(failures.count(), 1);
     QCOMPARE(failures.at(0).at(0).toInt(), 300);
     QCOMPARE(failures.at(0).at(1).toByteArray(), QByteArray("choose"));
@@ -196,7 +214,9 @@ void TestTransfer::compressedAnswer_isDecoded()
     VFetchTask task(1);
     task.setUrl(server.url());
     const QSignalSpy successes(&task, &VFetchTask::success);
+
     run(task);
+
     QVERIFY(server.requests().constFirst().bytes.contains("\r\nAccept-Encoding: "));
     QCOMPARE(successes.count(), 1);
     QCOMPARE(successes.at(0).at(0).toByteArray(), QByteArray("compressed text"));
@@ -208,9 +228,27 @@ void TestTransfer::closedConnection_isATransferError()
     VFetchTask task(1);
     task.setUrl(server.url());
     const QSignalSpy failures(&task, &VFetchTask::failure);
+
     run(task);
+
     QCOMPARE(failures.count(), 1);
     QCOMPARE(failures.at(0).at(0).toInt(), 52);
+    QCOMPARE(failures.at(0).at(1).toByteArray(), QByteArray());
+    QCOMPARE(task.status(), 0);
+}
+
+void TestTransfer::bodyCutOff_isATransferErrorWithoutBody()
+{
+    Server server;
+    server.queueAnswer("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nhalf");
+    VFetchTask task(1);
+    task.setUrl(server.url());
+    const QSignalSpy failures(&task, &VFetchTask::failure);
+
+    run(task);
+
+    QCOMPARE(failures.count(), 1);
+    QCOMPARE(failures.at(0).at(0).toInt(), 18);
     QCOMPARE(failures.at(0).at(1).toByteArray(), QByteArray());
     QCOMPARE(task.status(), 0);
 }
@@ -221,11 +259,14 @@ void TestTransfer::unresolvedHost_isCodeSix()
     task.setUrl(QStringLiteral("http://no-such-host.invalid/"));
     const QSignalSpy failures(&task, &VFetchTask::failure);
     PlatformCapture::clear();
+
     run(task);
+
     QCOMPARE(failures.count(), 1);
     QCOMPARE(failures.at(0).at(0).toInt(), 6);
-    QVERIFY(PlatformCapture::texts(6).constFirst().startsWith(
-        "FetchTask: [Error] 6 http://no-such-host.invalid/ "));
+    QVERIFY(PlatformCapture::texts(PlatformLogError)
+                .constFirst()
+                .startsWith("FetchTask: [Error] 6 http://no-such-host.invalid/ "));
 }
 
 void TestTransfer::secondRun_startsAfresh()
@@ -236,8 +277,10 @@ void TestTransfer::secondRun_startsAfresh()
     VFetchTask task(1);
     task.setUrl(server.url());
     const QSignalSpy failures(&task, &VFetchTask::failure);
+
     run(task);
     run(task);
+
     QCOMPARE(failures.count(), 1);
     QCOMPARE(failures.at(0).at(0).toInt(), 404);
     QCOMPARE(failures.at(0).at(1).toByteArray(), QByteArray("two"));
