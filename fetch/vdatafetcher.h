@@ -6,9 +6,11 @@ class VDataFetcherPrivate;
 class VFetchTask;
 
 /// Runs fetch tasks one at a time, in the order they were queued, on one worker thread, and runs periodic
-/// tasks again every invoke interval. All calls belong to the thread that owns the fetcher; only the tasks'
-/// run() is called on the worker thread, to which a task is moved when it is first added. Tasks are never
-/// deleted here: they stay their owner's, who removes a periodic task before deleting it.
+/// tasks again every invoke interval. The run queue holds a task only until it is handed to that thread,
+/// which is at once unless another task is taken in its stead: what waits for a transfer waits in the
+/// thread's own event queue. All calls belong to the thread that owns the fetcher; only the tasks' run() is
+/// called on the worker thread, to which a task is moved when it is first added. Tasks are never deleted
+/// here: they stay their owner's, who removes a periodic task before deleting it.
 class VDataFetcher : public QObject
 {
     Q_OBJECT
@@ -20,7 +22,8 @@ public:
 
     /// Whether the worker thread runs.
     bool isRunning() const;
-    /// Whether the task's id is among the periodic tasks or waits in the run queue; false for null.
+    /// Whether the task's id is among the periodic tasks or waits in the run queue; false for null. A task
+    /// that was handed to the worker thread is not contained any more.
     bool containsFetchTask(VFetchTask *task) const;
     /// The periodic task of this id, or null.
     VFetchTask *fetchTaskById(int id) const;

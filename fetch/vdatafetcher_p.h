@@ -31,7 +31,7 @@ public:
     QMap<int, VFetchTask *> tasksById;     ///< the periodic tasks
     QMap<int, VFetchTask *> taskByTimer;   ///< waiting re-runs
     QMap<VFetchTask *, int> timerByTask;   ///< the same pairs in reverse
-    QList<QPointer<VFetchTask>> execQueue; ///< tasks waiting to run, oldest first
+    QList<QPointer<VFetchTask>> execQueue; ///< tasks not yet handed to the thread, oldest first
     mutable QMutex queueMutex;             ///< guards execQueue
     QPointer<VThread> thread;
     bool stopped = false;
