@@ -1,3 +1,4 @@
+#include "connectproxy.h"
 #include "deviceundertest.h"
 
 /// The API key is nobody's business but the server's: no output shows it, in any form, whatever fails.
@@ -11,6 +12,8 @@ private Q_SLOTS:
     void everythingFails_keyIsNotWritten();
     void hostDoesNotResolve_keyIsNotWritten_data();
     void hostDoesNotResolve_keyIsNotWritten();
+    void proxyOfTheEnvironment_seesConnectAndNeverTheKey_data();
+    void proxyOfTheEnvironment_seesConnectAndNeverTheKey();
     void keyInTheProcess_isNotToBeSeenFromOutside();
 };
 
@@ -127,6 +130,33 @@ void TestSecrets::hostDoesNotResolve_keyIsNotWritten()
                                        "Couldn't resolve host name"});
     QCOMPARE(secretIn(device.program().output()), QByteArray());
     QVERIFY(showsTheHeaderHidden(device, build));
+}
+
+void TestSecrets::proxyOfTheEnvironment_seesConnectAndNeverTheKey_data()
+{
+    QTest::addColumn<QString>("variable");
+
+    QTest::newRow("small letters") << "https_proxy"_text;
+    QTest::newRow("capital letters") << "HTTPS_PROXY"_text;
+    QTest::newRow("for all") << "ALL_PROXY"_text;
+}
+
+void TestSecrets::proxyOfTheEnvironment_seesConnectAndNeverTheKey()
+{
+    QFETCH(QString, variable);
+    const ConnectProxy proxy;
+    DeviceUnderTest device;
+    device.program().setEnvironment(variable, proxy.url());
+
+    QVERIFY(device.startAll());
+    QVERIFY(device.registerApplication("u1"_text, "Clock"_text, "t"_text));
+
+    EVENTUALLY(device.announced().contains("applicationRegistered(u1, app-1, t)"_text));
+    // The server got the key, and the proxy passed it on without being able to read it.
+    QVERIFY(device.server().requests().constLast().header("Authorization").startsWith("Basic "));
+    QCOMPARE(proxy.received().count("CONNECT " + device.server().host().toLatin1() + " HTTP/1.1\r\n"), 2);
+    QVERIFY(!proxy.received().toLower().contains("authorization"));
+    QCOMPARE(secretIn(proxy.received()), QByteArray());
 }
 
 void TestSecrets::keyInTheProcess_isNotToBeSeenFromOutside()

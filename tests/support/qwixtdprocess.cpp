@@ -32,7 +32,11 @@ QwixtdProcess::QwixtdProcess(const QString &program_, const QString &bundlePath_
     , bundlePath(bundlePath_)
     , environment(QProcessEnvironment::systemEnvironment())
 {
-    environment.remove(QStringLiteral("JOURNAL_STREAM"));
+    // What a developer's machine may have set, and the daemon or its libraries would follow.
+    for (const char *name :
+         {"JOURNAL_STREAM", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY", "no_proxy", "NO_PROXY"}) {
+        environment.remove(QString::fromLatin1(name));
+    }
 }
 
 QwixtdProcess::~QwixtdProcess()
