@@ -165,10 +165,10 @@ public:
     /// Signal widgetStopped(s): the widget's id.
     bool connectWidgetStopped(QObject *receiver, const char *slot);
     bool disconnectWidgetStopped(QObject *receiver, const char *slot);
-    /// Signal widgetDeleted(ss): the widget's id and its application's.
+    /// Signal widgetDeleted(ss): the id of the package, then the widget's.
     bool connectWidgetDeleted(QObject *receiver, const char *slot);
     bool disconnectWidgetDeleted(QObject *receiver, const char *slot);
-    /// Signal newWidgetCreated(ss): the widget's id and its application's.
+    /// Signal newWidgetCreated(ss): the id of the package, then the widget's.
     bool connectNewWidgetCreated(QObject *receiver, const char *slot);
     bool disconnectNewWidgetCreated(QObject *receiver, const char *slot);
     /// Signal widgetBecomActive(s): the widget's id, spelled so on the bus.

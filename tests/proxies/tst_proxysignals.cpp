@@ -181,7 +181,8 @@ void TestProxySignals::managersSlots_fitTheSignals()
     Daemon::GeneralProxy general(nullptr, connection);
     Daemon::NetworkProxy network(nullptr, connection);
     WindowManager::GeneralProxy windows(nullptr, connection);
-    const QString uuid = QStringLiteral("{1b4e28ba}");
+    const QString package = QStringLiteral("com.example.clock");
+    const QString widget = QStringLiteral("{1b4e28ba}");
     Receiver receiver;
     QVERIFY(general.connectDaemonDidStart(&receiver, SLOT(nothing())));
     QVERIFY(general.connectApiKeyDidSet(&receiver, SLOT(text(QString))));
@@ -199,8 +200,8 @@ void TestProxySignals::managersSlots_fitTheSignals()
         {"apiKeyDidSet", general, {QStringLiteral("key")}},
         {"internetAvailabilityChanged", network, {true}},
         {"windowServerDidStarted", windows, {}},
-        {"widgetDeleted", windows, {uuid, QStringLiteral("app")}},
-        {"newWidgetCreated", windows, {uuid, QStringLiteral("other")}},
+        {"widgetDeleted", windows, {package, widget}},
+        {"newWidgetCreated", windows, {package, widget}},
     };
     for (const auto &emission : emissions) {
         receiver.received.clear();
