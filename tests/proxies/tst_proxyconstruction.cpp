@@ -1,8 +1,8 @@
-#include "daemon/networkproxy.h"
 #include "fakeservice.h"
 #include "messagecapture.h"
 #include "privatebus.h"
 #include "proxytable.h"
+#include "vorletproxies.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
@@ -35,6 +35,8 @@ private Q_SLOTS:
     void absentService_isNotStarted();
     void hangingService_isNotAsked();
     void programThatExportsItsRoot_doesNotAskEither();
+    void programThatExportsATree_asksTheService();
+    void plainInterfaceMadeLater_findsNoMembersAndCallsAllTheSame();
     void programThatTakesEveryPath_hasWorkingProxies();
     void proxy_leavesNothingBehindOnTheConnection();
     void interfaceKnownToTheConnection_isKept();
@@ -148,6 +150,37 @@ void TestProxyConstruction::programThatExportsItsRoot_doesNotAskEither()
     QCOMPARE(connection.objectRegisteredAt(QStringLiteral("/")), &root);
 }
 
+void TestProxyConstruction::programThatExportsATree_asksTheService()
+{
+    FakeService fake(bus.address(), {QStringLiteral("vorlet.daemon")});
+    QDBusConnection connection = client();
+    QObject root;
+    QVERIFY(connection.registerObject(QStringLiteral("/"), &root,
+                                      QDBusConnection::ExportAllSlots | QDBusConnection::ExportChildObjects));
+
+    const Daemon::NetworkProxy proxy(nullptr, connection);
+
+    const QList<RecordedCall> calls = fake.takeCalls();
+    QCOMPARE(calls.size(), 1);
+    QCOMPARE(calls.first().member, QStringLiteral("Introspect"));
+}
+
+void TestProxyConstruction::plainInterfaceMadeLater_findsNoMembersAndCallsAllTheSame()
+{
+    FakeService fake(bus.address(), {QStringLiteral("vorlet.daemon")});
+    fake.answerWith({QStringLiteral("192.0.2.1")});
+    const Daemon::NetworkProxy proxy(nullptr, client());
+
+    QDBusInterface plain(proxy.service(), proxy.path(), proxy.interface(), client());
+    const QDBusMessage reply = plain.call(QStringLiteral("externalIp"));
+
+    QCOMPARE(plain.metaObject()->methodCount(), plain.metaObject()->methodOffset());
+    QCOMPARE(reply.arguments(), QVariantList{QStringLiteral("192.0.2.1")});
+    const QList<RecordedCall> calls = fake.takeCalls();
+    QCOMPARE(calls.size(), 1);
+    QCOMPARE(calls.first().member, QStringLiteral("externalIp"));
+}
+
 void TestProxyConstruction::programThatTakesEveryPath_hasWorkingProxies()
 {
     class EveryPath : public QDBusVirtualObject
@@ -166,7 +199,12 @@ void TestProxyConstruction::programThatTakesEveryPath_hasWorkingProxies()
     QVERIFY(connection.registerVirtualObject(QStringLiteral("/"), &everyPath, QDBusConnection::SubPath));
 
     Daemon::NetworkProxy proxy(nullptr, connection);
-    QCOMPARE(proxy.externalIp(QDBus::Block), QStringLiteral("192.0.2.1"));
+    const QList<RecordedCall> calls = fake.takeCalls();
+    const QString address = proxy.externalIp(QDBus::Block);
+
+    QCOMPARE(calls.size(), 1);
+    QCOMPARE(calls.first().member, QStringLiteral("Introspect"));
+    QCOMPARE(address, QStringLiteral("192.0.2.1"));
 }
 
 void TestProxyConstruction::proxy_leavesNothingBehindOnTheConnection()
@@ -253,15 +291,42 @@ void TestProxyConstruction::serviceThatNeverAnswers_givesTheEmptyValueAfterTheTi
 
 void TestProxyConstruction::nonBlockingGetter_givesTheEmptyValueAtOnce()
 {
-    FakeService fake(bus.address(), {QStringLiteral("vorlet.daemon")});
+    constexpr QDBus::CallMode noWait = QDBus::NoBlock;
+    FakeService fake(bus.address(), {QStringLiteral("vorlet.daemon"), QStringLiteral("widget.manager"),
+                                     QStringLiteral("com.btnotifications")});
     fake.answerNever();
-    Daemon::NetworkProxy proxy(nullptr, client());
+    Daemon::NetworkProxy network(nullptr, client());
+    Daemon::GeneralProxy device(nullptr, client());
+    Daemon::AudioProxy audio(nullptr, client());
+    Daemon::LightSensorProxy light(nullptr, client());
+    WindowManager::NotificationsProxy notes(nullptr, client());
+    WindowManager::DynamicWidgetPropertiesProxy properties(nullptr, client());
+    BtNotifications::BTNotificationsProxy phone(nullptr, client());
+    const MessageCapture capture;
 
-    QCOMPARE(proxy.externalIp(QDBus::NoBlock), QString());
-    QVERIFY(!proxy.isInternetAvailable(QDBus::NoBlock));
-    proxy.clearSettings(QDBus::NoBlock);
+    // One of every shape.
+    QVERIFY(network.externalIp(noWait).isNull());
+    QVERIFY(!network.isInternetAvailable(noWait));
+    QCOMPARE(device.getTimezoneOffset(noWait), 0);
+    QCOMPARE(audio.getUserFriendlyVolume(noWait), 0LL);
+    QCOMPARE(audio.volume(noWait), 0.0);
+    QCOMPARE(light.sensorData(noWait), 0.0F);
+    QCOMPARE(device.supportedDeviceModes(noWait), QStringList());
+    QCOMPARE(network.getWifiState(noWait), QVariantMap());
+    QCOMPARE(network.getWifiApList(noWait), QVariantList());
+    QVERIFY(!properties.valueForWidgetProperty(QString(), QString(), noWait).isValid());
+    QVERIFY(device.state(noWait).serialNumber.isNull());
+    QCOMPARE(device.binCodes(noWait), QVariantMap());
+    QCOMPARE(audio.getAudioState(noWait), QVariantMap());
+    QCOMPARE(notes.currentNotification(noWait), QVariantMap());
+    QCOMPARE(notes.listOfQueuedNotifications(noWait), QVariantList());
+    QCOMPARE(phone.filterWhitelist(noWait), QStringList());
+    QCOMPARE(phone.supportedAppList(noWait), QVariantList());
+    network.clearSettings(noWait);
+
     QList<RecordedCall> calls;
-    QTRY_COMPARE((calls += fake.takeCalls()).size(), 3);
+    QTRY_COMPARE((calls += fake.takeCalls()).size(), 18);
+    QCOMPARE(capture.debugTexts(), QStringList());
 }
 
 void TestProxyConstruction::connectionWithoutBus_givesEmptyValues()

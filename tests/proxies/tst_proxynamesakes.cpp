@@ -1,8 +1,6 @@
-#include "btnotifications/btnotificationsproxy.h"
-#include "daemon/clockproxy.h"
-#include "daemon/networkproxy.h"
 #include "fakeservice.h"
 #include "privatebus.h"
+#include "vorletproxies.h"
 
 #include <QDBusConnection>
 #include <QDBusInterface>
