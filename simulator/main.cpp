@@ -6,6 +6,8 @@
 #include <QCoreApplication>
 
 #include <cstdio>
+#include <fcntl.h>
+#include <memory>
 
 namespace
 {
@@ -42,6 +44,20 @@ QString start(DeviceSimulator &simulator, const Options &options)
         return simulator.widgetManager().errorText();
     }
     return {};
+}
+
+// Null when there is nothing to show, or it cannot be opened.
+std::unique_ptr<CommandInput> showLinesOf(const QString &pipePath, Console &console)
+{
+    // For writing too, so that it does not end when a writer does.
+    const int descriptor =
+        pipePath.isEmpty() ? -1 : ::open(pipePath.toLocal8Bit().constData(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
+    if (descriptor < 0) {
+        return nullptr;
+    }
+    auto lines = std::make_unique<CommandInput>(descriptor);
+    QObject::connect(lines.get(), &CommandInput::lineRead, &console, &Console::print);
+    return lines;
 }
 
 void obey(Console &console, CommandInterpreter &interpreter, bool isKeptRunning)
@@ -82,6 +98,10 @@ int main(int argc, char *argv[])
     const QString problem = start(simulator, options);
     if (!problem.isEmpty()) {
         return complain(problem);
+    }
+    const auto shown = showLinesOf(options.shownPipePath, console);
+    if (shown == nullptr && !options.shownPipePath.isEmpty()) {
+        return complain(QStringLiteral("cannot read from %1").arg(options.shownPipePath));
     }
     obey(console, interpreter, options.isKeptRunning);
     console.print(QStringLiteral("ready: https://%1").arg(simulator.server().host()));

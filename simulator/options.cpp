@@ -17,6 +17,7 @@ const auto offline = QStringLiteral("offline");
 const auto noDaemon = QStringLiteral("no-daemon");
 const auto noWidgetManager = QStringLiteral("no-widget-manager");
 const auto keepRunning = QStringLiteral("keep-running");
+const auto show = QStringLiteral("show");
 
 QString text(const char *words)
 {
@@ -40,6 +41,7 @@ void describe(QCommandLineParser &parser)
         {noDaemon, text("Do not start the main daemon yet.")},
         {noWidgetManager, text("Do not start the widget manager yet.")},
         {keepRunning, text("Go on when standard input ends.")},
+        {show, text("Show the lines that come through this named pipe, too."), text("file")},
     });
 }
 
@@ -78,6 +80,7 @@ Options Options::read()
     options.remoteId = parser.value(remoteIdName);
     options.serial = parser.value(serialName);
     options.widgets = parser.values(widget);
+    options.shownPipePath = parser.value(show);
     options.isOffline = parser.isSet(offline);
     options.isDaemonWanted = !parser.isSet(noDaemon);
     options.isWidgetManagerWanted = !parser.isSet(noWidgetManager);

@@ -13,6 +13,7 @@ struct Options {
     QString remoteId;
     QString serial;
     QStringList widgets;
+    QString shownPipePath;
     bool isOffline = false;
     bool isDaemonWanted = true;
     bool isWidgetManagerWanted = true;

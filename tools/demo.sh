@@ -67,8 +67,10 @@ fail() {
         say "demo: failed: $1"
         say "--- the last lines of the trace ---"
         tail -n 20 "$work/trace" 2>/dev/null || true
-        say "--- the last lines of the daemon's log ---"
-        tail -n 20 "$work/daemon.log" 2>/dev/null || true
+        if [ -f "$work/daemon.log" ]; then
+            say "--- the last lines of the daemon's log ---"
+            tail -n 20 "$work/daemon.log"
+        fi
         if [ -s "$work/simulator.log" ]; then
             say "--- the simulator's errors ---"
             tail -n 5 "$work/simulator.log"
@@ -136,32 +138,48 @@ work=$(mktemp -d "${TMPDIR:-/tmp}/qwixt-demo.XXXXXX")
 : >"$work/trace"
 "$ROOT/tools/make-certificates.sh" "$work/certificates" || die "cannot make certificates"
 start_bus
-start_simulator
 
 # --- A person at the prompt -------------------------------------------------------------------------------------
 
-if [ "$interactive" = yes ]; then
+# On a terminal the simulator is the prompt: it shows the daemon's lines, too, and none tears what is being typed.
+prompt_on_terminal() {
+    server=127.0.0.1:$((20000 + RANDOM % 10000))
+    rm "$work/daemon.log"
+    mkfifo "$work/daemon.log"
+    # Kept open, so that the daemon need not wait for a reader.
+    exec 5<>"$work/daemon.log"
     say "A simulated device, its developer server at https://$server, and the daemon. All that passes is shown."
     say "Try: help, or in this order: set-remote-id device-1, set-key any-key, create-widget clock,"
     say "register clock \"My clock\" face, list, internet off, delete-widget clock, internet on. End with quit."
+    start_daemon
+    setpriv --pdeathsig KILL "$bin/qwixt-devicesim" --certificate "$work/certificates/server.pem" \
+        --key "$work/certificates/server.key" --port "${server#*:}" --show "$work/daemon.log" 5>&-
+}
+
+# Elsewhere commands come line by line from standard input, and the trace is what a file has of it.
+obey_standard_input() {
+    start_simulator
     setpriv --pdeathsig KILL tail -q -n +2 -s 0.1 -f "$work/trace" "$work/daemon.log" 2>/dev/null 3>&- &
     tail_pid=$!
     start_daemon
     sleep 0.5
-    prompt=()
-    if [ -t 0 ]; then
-        prompt=(-e -p 'device> ')
-    fi
-    while kill -0 "$simulator_pid" 2>/dev/null && IFS= read -r "${prompt[@]}" line; do
-        if [ -t 0 ] && [ -n "$line" ]; then
-            history -s "$line"
-        fi
+    while kill -0 "$simulator_pid" 2>/dev/null && IFS= read -r line; do
         printf '%s\n' "$line" >&3
-        # Long enough for the answer to stand above the next prompt.
+        # Long enough for the answer to stand above the next.
         sleep 0.4
     done
+}
+
+if [ "$interactive" = yes ]; then
+    if [ -t 0 ] && [ -t 1 ]; then
+        prompt_on_terminal
+    else
+        obey_standard_input
+    fi
     exit 0
 fi
+
+start_simulator
 
 # --- The story --------------------------------------------------------------------------------------------------
 

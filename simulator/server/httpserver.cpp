@@ -133,10 +133,12 @@ void HttpServer::Private::conclude(HttpRequest request, const HttpAnswer &answer
     request.status = answer.status;
     request.answerBody = answer.body;
     request.answeredAtMs = nowMs();
-    for (HttpRequest &logged : log) {
-        if (logged.number == request.number) {
-            logged = request;
-        }
+    // Mostly the last one; none when the list was cleared meanwhile.
+    const auto logged = std::find_if(log.rbegin(), log.rend(), [&request](const HttpRequest &candidate) {
+        return candidate.number == request.number;
+    });
+    if (logged != log.rend()) {
+        *logged = request;
     }
     Q_EMIT q.answered(request);
 }

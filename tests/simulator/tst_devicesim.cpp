@@ -206,6 +206,8 @@ void TestDevicesim::badStart_isOneLineAndStatus1_data()
         << QByteArray("qwixt-devicesim: cannot read the certificate /nonexistent.pem\n");
     QTest::newRow("port") << withServer({QStringLiteral("--port"), QStringLiteral("70000")})
                           << QByteArray("qwixt-devicesim: not a port: 70000\n");
+    QTest::newRow("no pipe there") << withServer({QStringLiteral("--show"), noFile})
+                                   << QByteArray("qwixt-devicesim: cannot read from /nonexistent.pem\n");
     QTest::newRow("stray word") << withServer({QStringLiteral("word")})
                                 << QByteArray("qwixt-devicesim: not understood: word\n");
 }

@@ -9,6 +9,7 @@
 
 #include <csignal>
 #include <memory>
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 namespace
@@ -27,6 +28,7 @@ class TestDevicesimTerminal : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
+    void initTestCase();
     void init();
     void cleanup();
 
@@ -34,6 +36,7 @@ private Q_SLOTS:
     void traceLine_leavesTheTypedTextWhole_data();
     void traceLine_leavesTheTypedTextWhole();
     void traceLine_leavesTheCursorInTheMidstOfTheText();
+    void lineOfTheShownPipe_leavesTheTypedTextWhole();
     void earlierCommand_comesBackWithTheArrow();
     void endOfInput_endsTheProgram();
     void signal_givesTheTerminalBack_data();
@@ -47,9 +50,17 @@ private:
     QStringList rowsWith(const QString &text);
     void causeATraceLine();
 
+    QString pipePath() const;
+
+    const QTemporaryDir directory;
     std::unique_ptr<PrivateBus> bus;
     std::unique_ptr<Terminal> terminal;
 };
+
+void TestDevicesimTerminal::initTestCase()
+{
+    QCOMPARE(::mkfifo(pipePath().toLocal8Bit().constData(), 0600), 0);
+}
 
 void TestDevicesimTerminal::init()
 {
@@ -71,11 +82,17 @@ void TestDevicesimTerminal::cleanup()
     bus.reset();
 }
 
+QString TestDevicesimTerminal::pipePath() const
+{
+    return directory.filePath(QStringLiteral("shown"));
+}
+
 QStringList TestDevicesimTerminal::arguments() const
 {
     return {QStringLiteral("--bus"),         bus->address(),
             QStringLiteral("--certificate"), Certificates::shared().serverCertificate(),
-            QStringLiteral("--key"),         Certificates::shared().serverKey()};
+            QStringLiteral("--key"),         Certificates::shared().serverKey(),
+            QStringLiteral("--show"),        pipePath()};
 }
 
 QStringList TestDevicesimTerminal::rowsWith(const QString &text)
@@ -152,6 +169,24 @@ void TestDevicesimTerminal::traceLine_leavesTheCursorInTheMidstOfTheText()
     terminal->type("i\r");
 
     EVENTUALLY(rowsWith(QStringLiteral("the server holds 0 application(s)")).size() == 1);
+}
+
+void TestDevicesimTerminal::lineOfTheShownPipe_leavesTheTypedTextWhole()
+{
+    const QByteArray line = "I/QWIXTD: a line of the daemon's log";
+    terminal->type("reg");
+    EVENTUALLY_LAST_ROW(QStringLiteral("device> reg|"));
+
+    // As a daemon does that is started again: each writer ends before the next.
+    for (int writer = 0; writer < 2; ++writer) {
+        QFile file(pipePath());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(line + '\n');
+    }
+
+    EVENTUALLY(rowsWith(QString::fromLatin1(line)).size() == 2);
+    EVENTUALLY_LAST_ROW(QStringLiteral("device> reg|"));
+    QCOMPARE(terminal->screen().filter(QRegularExpression(QStringLiteral("^I/QWIXTD: .* log$"))).size(), 2);
 }
 
 void TestDevicesimTerminal::earlierCommand_comesBackWithTheArrow()
