@@ -86,25 +86,34 @@ int nestingOfEntries(const QDBusArgument &reader)
 int nestingOf(const QDBusArgument &argument)
 {
     // A copy, so that the caller's argument keeps its place; reading moves it on though it is const. Only asVariant()
-    // would move both.
+    // would move both. Each container is left again, because an argument abandoned inside one leaks.
     const QDBusArgument reader = argument; // NOLINT(performance-unnecessary-copy-initialization)
+    int nesting = 0;
     QDBusVariant variant;
     switch (reader.currentType()) {
     case QDBusArgument::MapType:
         reader.beginMap();
-        return 2 + nestingOfEntries(reader);
+        nesting = 2 + nestingOfEntries(reader);
+        reader.endMap();
+        break;
     case QDBusArgument::ArrayType:
         reader.beginArray();
-        return 1 + nestingOfElements(reader);
+        nesting = 1 + nestingOfElements(reader);
+        reader.endArray();
+        break;
     case QDBusArgument::StructureType:
         reader.beginStructure();
-        return 1 + nestingOfElements(reader);
+        nesting = 1 + nestingOfElements(reader);
+        reader.endStructure();
+        break;
     case QDBusArgument::VariantType:
         reader >> variant;
-        return 1 + nestingOf(variant.variant());
+        nesting = 1 + nestingOf(variant.variant());
+        break;
     default:
-        return 0;
+        break;
     }
+    return nesting;
 }
 
 bool fits(const QDBusArgument &argument, int room)

@@ -44,19 +44,27 @@ QString describedArgument(const QDBusArgument &argument)
     if (signature == QStringLiteral("a{sv}") || signature == QStringLiteral("av")) {
         signature.clear();
     }
+    QString text = QStringLiteral("argument without a container");
     switch (reader.currentType()) {
     case QDBusArgument::MapType:
         reader.beginMap();
-        return QStringLiteral("%1{%2}").arg(signature, entries(reader));
+        text = QStringLiteral("%1{%2}").arg(signature, entries(reader));
+        reader.endMap();
+        break;
     case QDBusArgument::ArrayType:
         reader.beginArray();
-        return QStringLiteral("%1[%2]").arg(signature, listed(reader));
+        text = QStringLiteral("%1[%2]").arg(signature, listed(reader));
+        reader.endArray();
+        break;
     case QDBusArgument::StructureType:
         reader.beginStructure();
-        return QStringLiteral("(%1)").arg(listed(reader));
+        text = QStringLiteral("(%1)").arg(listed(reader));
+        reader.endStructure();
+        break;
     default:
-        return QStringLiteral("argument without a container");
+        break;
     }
+    return text;
 }
 
 // What the bus library has a class of its own for.

@@ -89,15 +89,8 @@ bool isAlive(const QDBusConnection &connection)
     return alive;
 }
 
-} // namespace
-
-// mapsendingprogram BUS write-back MEMBER
-// mapsendingprogram BUS VALUE LEVELS POSITION
-// Ends with 0 when every call was answered and the connection still stands.
-int main(int argc, char *argv[])
+bool didAsAsked(const QStringList &words)
 {
-    const QCoreApplication application(argc, argv);
-    const QStringList words = application.arguments();
     const auto connection = QDBusConnection::connectToBus(words.value(1), QStringLiteral("sender"));
     bool well = false;
     if (words.value(2) == QStringLiteral("write-back")) {
@@ -106,5 +99,18 @@ int main(int argc, char *argv[])
         const QVariant value = valueOf(words.value(2), words.value(3).toInt(), connection);
         well = sendEverywhere(connection, placed(value, Position(words.value(4).toInt())));
     }
-    return isAlive(connection) && well ? 0 : 1;
+    return isAlive(connection) && well;
+}
+
+} // namespace
+
+// mapsendingprogram BUS write-back MEMBER
+// mapsendingprogram BUS VALUE LEVELS POSITION
+// Ends with 0 when every call was answered and the connection still stands.
+int main(int argc, char *argv[])
+{
+    const QCoreApplication application(argc, argv);
+    const bool well = didAsAsked(application.arguments());
+    QDBusConnection::disconnectFromBus(QStringLiteral("sender"));
+    return well ? 0 : 1;
 }
