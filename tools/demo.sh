@@ -1,7 +1,7 @@
 #!/bin/bash
 # demo.sh: shows the daemon's whole job on a simulated device, step by step, and checks every step.
 # demo.sh --interactive: the same device with the daemon running, driven by what you type.
-# Everything lives in a temporary folder and ends with the script.
+# Everything lives in a temporary directory and ends with the script.
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 
@@ -13,6 +13,7 @@ case "${1-}" in
 esac
 
 install_packages "${PACKAGES[@]}"
+require_sandbox
 build release qwixtd qwixt-devicesim
 bin=$ROOT/build/release/bin
 
@@ -224,7 +225,7 @@ text() {
 
 # Milliseconds of the day in a trace line.
 time_of() {
-    local h m s
+    local h m s ms
     IFS=':.' read -r h m s ms <<<"${1%% *}"
     printf '%d' $((((10#$h * 60 + 10#$m) * 60 + 10#$s) * 1000 + 10#$ms))
 }

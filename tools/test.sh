@@ -15,6 +15,11 @@ if [ "$preset" = qt6 ]; then
     packages+=(qt6-base-dev)
 fi
 install_packages "${packages[@]}"
+require_tests "$preset"
+require_sandbox
 build "$preset"
 cd "$ROOT"
-exec ctest --preset "$preset" "$@"
+if [ -t 1 ]; then
+    exec ctest --preset "$preset" --progress "$@"
+fi
+ctest --preset "$preset" "$@" | show_signs_of_life "testing"
