@@ -12,7 +12,7 @@
 namespace
 {
 
-constexpr int buildTimeoutMs = 100000;
+constexpr int buildTimeoutMs = 280000;
 constexpr int answerTimeoutMs = 10000;
 
 // The build under test, as its CMake configuration sees it.
@@ -23,6 +23,8 @@ const QString generator = QStringLiteral(GENERATOR);
 const QString buildFolder = QStringLiteral(BUILD_FOLDER);
 const QString configuration = QStringLiteral(CONFIGURATION);
 const QString consumerFolder = QStringLiteral(CONSUMER_FOLDER);
+const QString projectFolder = QStringLiteral(PROJECT_FOLDER);
+const QString qtMajor = QStringLiteral(QT_MAJOR);
 const QString extraFlags = QStringLiteral(EXTRA_FLAGS);
 
 // Runs a program to its end and gives its standard output; what went wrong is in @p problem.
@@ -54,6 +56,34 @@ QStringList filesBelow(const QString &folder)
     return files;
 }
 
+// Configures a CMake project as the build under test was configured; what went wrong is in @p problem.
+void configure(const QString &source, const QString &build, const QStringList &options, QString *problem)
+{
+    run(cmake,
+        QStringList{QStringLiteral("-S"), source, QStringLiteral("-B"), build, QStringLiteral("-G"),
+                    generator, QStringLiteral("-DCMAKE_CXX_COMPILER=") + compiler,
+                    QStringLiteral("-DCMAKE_BUILD_TYPE=") + configuration} +
+            options,
+        problem);
+}
+
+// The library without the daemon, in a world that has no libcurl and no threads library to find.
+QStringList proxiesAlone()
+{
+    return {QStringLiteral("-DQWIXTD_PROXIES_ONLY=ON"),
+            QStringLiteral("-DQWIXTD_QT_MAJOR=") + qtMajor,
+            QStringLiteral("-DCMAKE_DISABLE_FIND_PACKAGE_CURL=ON"),
+            QStringLiteral("-DCMAKE_DISABLE_FIND_PACKAGE_Threads=ON"),
+            QStringLiteral("-DCMAKE_DISABLE_FIND_PACKAGE_Qt%1Test=ON").arg(qtMajor),
+            QStringLiteral("-DCMAKE_DISABLE_FIND_PACKAGE_Qt%1Network=ON").arg(qtMajor)};
+}
+
+QByteArray contentOf(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
 } // namespace
 
 /// Installs the library into an empty folder and builds a program of somebody else against it.
@@ -65,10 +95,15 @@ private Q_SLOTS:
     void initTestCase();
 
     void installedTree_holdsTheProxiesAlone();
+    void exportedTarget_isUnderstoodByAnOlderCMake();
     void consumerFoundByCMake_speaksToItsServices();
     void consumerFoundByPkgConfig_speaksToItsServices();
+    void libraryAlone_isSharedWithAVersionedName();
+    void pkgConfigFile_namesTheDirectories_data();
+    void pkgConfigFile_namesTheDirectories();
 
 private:
+    void buildAndRunConsumer(const QString &installed);
     void runConsumer(const QString &program);
 
     QTemporaryDir folder;
@@ -108,7 +143,20 @@ void TestProxyInstall::installedTree_holdsTheProxiesAlone()
     QCOMPARE(files.filter(QRegularExpression(QStringLiteral("/libVorletProxies\\.a$"))).size(), 1);
     QCOMPARE(files.filter(QRegularExpression(QStringLiteral("/pkgconfig/VorletProxies\\.pc$"))).size(), 1);
     QCOMPARE(files.filter(QRegularExpression(QStringLiteral("/cmake/VorletProxies/.*\\.cmake$"))).size(), 4);
-    QCOMPARE(files.size(), headers.size() + 6);
+    QVERIFY(files.contains(QStringLiteral("share/doc/VorletProxies/proxies.md")));
+    QCOMPARE(files.size(), headers.size() + 7);
+}
+
+// CMake before 3.23 knows no file sets, and would pass over the headers in one without a word.
+void TestProxyInstall::exportedTarget_isUnderstoodByAnOlderCMake()
+{
+    const QStringList targets = filesBelow(prefix).filter(QStringLiteral("VorletProxiesTargets.cmake"));
+    QCOMPARE(targets.size(), 1);
+
+    const QByteArray content = contentOf(prefix + QLatin1Char('/') + targets.first());
+
+    QVERIFY(content.contains("INTERFACE_INCLUDE_DIRECTORIES \"${_IMPORT_PREFIX}/include/vorletproxies\""));
+    QVERIFY(!content.contains("FILE_SET"));
 }
 
 void TestProxyInstall::runConsumer(const QString &program)
@@ -144,20 +192,23 @@ void TestProxyInstall::runConsumer(const QString &program)
     QCOMPARE(consumer.exitCode(), 0);
 }
 
-void TestProxyInstall::consumerFoundByCMake_speaksToItsServices()
+void TestProxyInstall::buildAndRunConsumer(const QString &installed)
 {
-    const QString build = folder.filePath(QStringLiteral("consumer"));
+    const QString build = installed + QStringLiteral("-consumer");
     QString problem;
-    run(cmake,
-        {QStringLiteral("-S"), consumerFolder, QStringLiteral("-B"), build, QStringLiteral("-G"), generator,
-         QStringLiteral("-DCMAKE_CXX_COMPILER=") + compiler,
-         QStringLiteral("-DCMAKE_BUILD_TYPE=") + configuration,
-         QStringLiteral("-DCMAKE_CXX_FLAGS=") + extraFlags, QStringLiteral("-DCMAKE_PREFIX_PATH=") + prefix},
-        &problem);
+    configure(consumerFolder, build,
+              {QStringLiteral("-DCMAKE_CXX_FLAGS=") + extraFlags,
+               QStringLiteral("-DCMAKE_PREFIX_PATH=") + installed},
+              &problem);
     QVERIFY2(problem.isEmpty(), qPrintable(problem));
     run(cmake, {QStringLiteral("--build"), build}, &problem);
     QVERIFY2(problem.isEmpty(), qPrintable(problem));
     runConsumer(build + QStringLiteral("/consumer"));
+}
+
+void TestProxyInstall::consumerFoundByCMake_speaksToItsServices()
+{
+    buildAndRunConsumer(prefix);
 }
 
 void TestProxyInstall::consumerFoundByPkgConfig_speaksToItsServices()
@@ -180,6 +231,69 @@ void TestProxyInstall::consumerFoundByPkgConfig_speaksToItsServices()
     run(compiler, arguments, &problem);
     QVERIFY2(problem.isEmpty(), qPrintable(problem));
     runConsumer(program);
+}
+
+void TestProxyInstall::libraryAlone_isSharedWithAVersionedName()
+{
+    const QString build = folder.filePath(QStringLiteral("shared-build"));
+    const QString shared = folder.filePath(QStringLiteral("shared"));
+    QString problem;
+    configure(projectFolder, build,
+              proxiesAlone() << QStringLiteral("-DBUILD_SHARED_LIBS=ON")
+                             << QStringLiteral("-DCMAKE_BUILD_TYPE=Debug"),
+              &problem);
+    QVERIFY2(problem.isEmpty(), qPrintable(problem));
+
+    run(cmake, {QStringLiteral("--build"), build}, &problem);
+    run(cmake, {QStringLiteral("--install"), build, QStringLiteral("--prefix"), shared}, &problem);
+    QVERIFY2(problem.isEmpty(), qPrintable(problem));
+
+    const QStringList files = filesBelow(shared);
+    const QStringList library =
+        files.filter(QRegularExpression(QStringLiteral("/libVorletProxies\\.so\\.1$")));
+    QCOMPARE(library.size(), 1);
+    QCOMPARE(files.filter(QStringLiteral(".a")), QStringList());
+    const QByteArray dynamic =
+        run(QStringLiteral("readelf"), {QStringLiteral("-d"), shared + QLatin1Char('/') + library.first()},
+            &problem);
+    QVERIFY2(problem.isEmpty(), qPrintable(problem));
+    QVERIFY2(dynamic.contains("soname: [libVorletProxies.so.1]"), dynamic.constData());
+    buildAndRunConsumer(shared);
+}
+
+void TestProxyInstall::pkgConfigFile_namesTheDirectories_data()
+{
+    const auto option = [](const char *name, const char *value) {
+        return QStringLiteral("-DCMAKE_INSTALL_%1=%2").arg(QLatin1String(name), QLatin1String(value));
+    };
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QByteArray>("beginning");
+    QTest::newRow("relative") << QStringList{option("LIBDIR", "lib/device")}
+                              << QByteArray("prefix=${pcfiledir}/../../..\nlibdir=${prefix}/lib/device\n"
+                                            "includedir=${prefix}/include/vorletproxies\n");
+    QTest::newRow("absolute library directory")
+        << QStringList{option("PREFIX", "/opt/device"), option("LIBDIR", "/opt/device/lib64")}
+        << QByteArray("prefix=/opt/device\nlibdir=/opt/device/lib64\n"
+                      "includedir=${prefix}/include/vorletproxies\n");
+    QTest::newRow("absolute header directory")
+        << QStringList{option("LIBDIR", "lib"), option("INCLUDEDIR", "/opt/headers")}
+        << QByteArray("prefix=${pcfiledir}/../..\nlibdir=${prefix}/lib\n"
+                      "includedir=/opt/headers/vorletproxies\n");
+}
+
+void TestProxyInstall::pkgConfigFile_namesTheDirectories()
+{
+    QFETCH(QStringList, options);
+    QFETCH(QByteArray, beginning);
+    const QString build = folder.filePath(QStringLiteral("directories"));
+    QString problem;
+
+    configure(projectFolder, build, proxiesAlone() + options, &problem);
+
+    QVERIFY2(problem.isEmpty(), qPrintable(problem));
+    const QByteArray content = contentOf(build + QStringLiteral("/proxies/VorletProxies.pc"));
+    QVERIFY2(content.startsWith(beginning), content.constData());
+    QVERIFY(QDir(build).removeRecursively());
 }
 
 QTEST_GUILESS_MAIN(TestProxyInstall)
