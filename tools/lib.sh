@@ -122,7 +122,8 @@ require_tests() {
         die "there is no preset \"$1\" with tests; those with tests are: ${presets//$'\n'/ }"
 }
 
-# build PRESET [TARGET...]: configures on first use and builds what is out of date. Says nothing when nothing is.
+# build PRESET [TARGET...]: configures on first use and when the presets have changed, and builds what is out of date.
+# Says nothing when nothing is.
 build() {
     local preset=$1 directory=$ROOT/build/$1
     shift
@@ -133,7 +134,7 @@ build() {
         say "waiting for another build of $preset"
         flock 9
     fi
-    if [ ! -f "$directory/build.ninja" ]; then
+    if [ ! -f "$directory/build.ninja" ] || [ "$ROOT/CMakePresets.json" -nt "$directory/build.ninja" ]; then
         with_progress "configuring $preset" cmake -S "$ROOT" --preset "$preset" || die "cannot configure $preset"
     fi
     if ! grep -q 'no work to do' < <(ninja -C "$directory" -n "$@" 9>&- 2>/dev/null); then
