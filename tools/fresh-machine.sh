@@ -27,7 +27,14 @@ if [ ! -s "$archive" ]; then
 fi
 
 machine=$(mktemp -d "${TMPDIR:-/tmp}/qwixtd-machine.XXXXXX")
-trap 'rm -rf --one-file-system "$machine"' EXIT
+running=''
+clean_up() {
+    # Everything on the machine ends with the process that started it.
+    [ -z "$running" ] || kill -KILL "$running" 2>/dev/null || true
+    wait
+    rm -rf --one-file-system "$machine"
+}
+trap clean_up EXIT
 trap 'exit 129' HUP
 trap 'exit 130' INT
 trap 'exit 143' TERM
@@ -43,10 +50,10 @@ done
 chroot "$machine" chown -R visitor: /home/visitor
 
 # on_machine USER: what comes in is run by a shell of that user in the checkout, as if the machine had been started:
-# with its own root of all mounts, which sandboxes inside it need, and processes that end with it.
+# with its own root of all mounts, which sandboxes inside it need, and processes that end with it. Never returns.
 on_machine() {
     # shellcheck disable=SC2016
-    unshare --mount --pid --fork --kill-child --propagation private bash -c '
+    exec unshare --mount --pid --fork --kill-child --propagation private bash -c '
         set -e
         machine=$1 user=$2
         mount --rbind "$machine" "$machine"
@@ -64,6 +71,9 @@ on_machine() {
 
 for user in root visitor; do
     say "== $release, $user"
-    on_machine "$user" <<<'tools/demo.sh && tools/test.sh' || die "$release: failed as $user"
+    on_machine "$user" <<<'tools/demo.sh && tools/test.sh' &
+    running=$!
+    wait "$running" || die "$release: failed as $user"
+    running=''
 done
 say "$release: ok"
