@@ -98,7 +98,12 @@ void TestProxyArguments::init()
 
 QString TestProxyArguments::failureOf(const QStringList &words)
 {
+    // Its end comes amid events that the bus library's own thread still posts, and which are then never
+    // freed.
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=0"));
     QProcess program;
+    program.setProcessEnvironment(environment);
     program.start(QStringLiteral(MAP_SENDING_PROGRAM), QStringList{bus.address()} + words);
     if (program.waitForFinished(senderTimeoutMs) && program.exitStatus() == QProcess::NormalExit &&
         program.exitCode() == 0) {
