@@ -1,3 +1,4 @@
+#include "descriptions.h"
 #include "messagecapture.h"
 #include "openmanager.h"
 #include "platformcapture.h"
@@ -206,8 +207,7 @@ void TestApplicationRecords::update_isSentWhenAFieldDiffers()
 
     manager.updateApplication(text("a1"), uuid, name, type);
 
-    const RemoteTaskDescription descr = {
-        3, uuid, {{text("app_id"), text("a1")}, {text("name"), name}, {text("type"), type}}};
+    const RemoteTaskDescription descr = Descriptions::update(text("a1"), uuid, name, type);
     QVERIFY(manager.queue() == QList<RemoteTaskDescription>{descr});
     QVERIFY(manager.taskOf(descr) != nullptr);
     QCOMPARE(PlatformCapture::texts(LogPriority::Info),

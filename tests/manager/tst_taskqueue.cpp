@@ -438,7 +438,8 @@ void TestTaskQueue::failure_isGivenUpOrRetried()
     QFETCH(int, kind);
     QFETCH(int, code);
     QFETCH(bool, retried);
-    const RemoteTaskDescription descr = {kind, text("u1"), {{text("app_id"), text("a")}}};
+    RemoteTaskDescription descr = Descr::deletion("a", "u1");
+    descr.type = kind;
     OpenManager manager;
     manager.beReady();
     manager.setQueue({Descr::update("x", "y"), descr, Descr::update("x", "z")});
@@ -736,6 +737,7 @@ void TestTaskQueue::retriedAThousandTimes_holdsAsMuch()
             heldEarly = mallinfo2().uordblks;
         }
     }
+
     const std::size_t heldLate = mallinfo2().uordblks;
     QVERIFY2(heldLate < heldEarly + 8 * 1024,
              qPrintable(QStringLiteral("%1 bytes more").arg(heldLate - heldEarly)));

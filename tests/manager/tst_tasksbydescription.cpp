@@ -23,7 +23,7 @@ QList<RemoteTaskDescription> mixture()
     for (int type = 1; type <= 3; ++type) {
         for (int id = 0; id < 6; ++id) {
             for (int name = 0; name < 6; ++name) {
-                all.append({type, QString::number(id), {{QStringLiteral("name"), name}}});
+                all.append({type, QString::number(id), {{QStringLiteral("key"), name}}});
             }
         }
     }
@@ -59,15 +59,15 @@ void TestTasksByDescription::pendingRegisters_areAllFound()
     TasksByDescription tasks;
 
     for (int i = 0; i < count; ++i) {
-        QVERIFY(tasks.store({1, QString::number(i), {{QStringLiteral("name"), i}}}, task(i)) == nullptr);
+        QVERIFY(tasks.store({1, QString::number(i), {{QStringLiteral("key"), i}}}, task(i)) == nullptr);
     }
 
     QCOMPARE(tasks.size(), count);
     for (int i = 0; i < count; ++i) {
-        QCOMPARE(tasks.find({1, QString::number(i), {{QStringLiteral("name"), i}}}), task(i));
+        QCOMPARE(tasks.find({1, QString::number(i), {{QStringLiteral("key"), i}}}), task(i));
     }
     QVERIFY(tasks.find({1, QStringLiteral("0"), {}}) == nullptr);
-    QVERIFY(tasks.find({2, QStringLiteral("0"), {{QStringLiteral("name"), 0}}}) == nullptr);
+    QVERIFY(tasks.find({2, QStringLiteral("0"), {{QStringLiteral("key"), 0}}}) == nullptr);
 }
 
 void TestTasksByDescription::anyOrderOfEntries_keepsThemAll_data()
