@@ -57,6 +57,7 @@ private Q_SLOTS:
 
     void trace_tellsBusCalls();
     void trace_tellsRequests();
+    void trace_tellsAFailedHandshake();
     void trace_staysOneLine_data();
     void trace_staysOneLine();
     void trace_neverShowsTheKey();
@@ -424,6 +425,17 @@ void TestCommandInterpreter::trace_tellsRequests()
     send("GET");
     QTRY_COMPARE(trace.filter(QStringLiteral(" http   GET /api/v1/qwixt/apps -> connection closed")).size(),
                  1);
+}
+
+void TestCommandInterpreter::trace_tellsAFailedHandshake()
+{
+    const QByteArray withoutTls = "http://" + device->server().host().toUtf8() + '/';
+
+    HttpsClient(Certificates::shared().authority().toUtf8()).send("GET", withoutTls, {});
+
+    QTRY_COMPARE(
+        trace.filter(QRegularExpression(QStringLiteral("^[0-9:.]+ http   TLS handshake failed: .+$"))).size(),
+        1);
 }
 
 void TestCommandInterpreter::trace_staysOneLine_data()
