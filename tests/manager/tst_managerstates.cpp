@@ -508,7 +508,7 @@ void TestManagerStates::internetLostWhileWaitingForTheList()
     daemon->setInternetAvailable(false);
 
     QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::NoInternet);
-    QCOMPARE(PlatformCapture::texts(LogPriority::Debug).mid(0, 2),
+    QCOMPARE(managerLines(LogPriority::Debug).mid(0, 2),
              (QList<QByteArray>{"QWixtApplicationManager: State changed from Ready to NoInternet",
                                 "QWixtApplicationManager: Remove all tasks from worker"}));
 }
