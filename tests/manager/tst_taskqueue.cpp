@@ -603,8 +603,7 @@ void TestTaskQueue::retry_whileTheWorkerHoldsTheTask()
 
     QTRY_COMPARE(manager.retryCount(), 0);
     QTRY_VERIFY(timer.isNull());
-    QCOMPARE(PlatformCapture::texts(),
-             QList<QByteArray>{"QWixtApplicationManager: not ready to do request 1"});
+    QCOMPARE(managerLines(), QList<QByteArray>{"QWixtApplicationManager: not ready to do request 1"});
 }
 
 void TestTaskQueue::retryTimer_withoutSender()
