@@ -19,7 +19,8 @@ void say(const QString &line)
 
 } // namespace
 
-// Asks one question of each of three services, sends two messages, then ends with the first change of the device's name.
+// Asks one question of each of three services, sends two messages, then ends with the first change of the
+// device's name.
 int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
