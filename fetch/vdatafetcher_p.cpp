@@ -93,11 +93,29 @@ void VDataFetcherPrivate::add(VFetchTask *task, int invokeInterval, bool runNow)
         }
         tasksById.insert(task->id(), task);
     }
-    if (runNow) {
+    if (!runNow) {
+        if (periodic) {
+            scheduleRerun(task);
+        }
+    } else if (isThreadRunning()) {
         addTaskToExecQueue(task);
-    } else if (periodic) {
-        scheduleRerun(task);
+    } else {
+        reportNotRun(task);
     }
+}
+
+/// A run that no thread can take brings a result all the same, so that nobody waits for it.
+void VDataFetcherPrivate::reportNotRun(VFetchTask *task)
+{
+    logWarning("DataFetcher: Task id=%d can not be run, there is no thread. It counts as failed.",
+               task->id());
+    const QPointer<VFetchTask> guarded(task);
+    const auto report = [guarded] {
+        if (!guarded.isNull()) {
+            Q_EMIT guarded->failure(VFetchTask::NoCurlHandle, QByteArray());
+        }
+    };
+    QMetaObject::invokeMethod(this, report, Qt::QueuedConnection);
 }
 
 void VDataFetcherPrivate::connectTask(VFetchTask *task)
@@ -258,6 +276,9 @@ void VDataFetcherPrivate::taskTypeChanged()
 bool VDataFetcherPrivate::isReplaced(VFetchTask *task) const
 {
     VFetchTask *const known = tasksById.value(task->id());
+    if (task->type() == VFetchTask::Periodic) {
+        return known != task; // also when the one that replaced it has left
+    }
     return known != nullptr && known != task;
 }
 

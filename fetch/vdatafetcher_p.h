@@ -54,6 +54,7 @@ private:
     /// Whether another task has taken this one's place among the periodic tasks. Such a task still reports
     /// its results; nothing else of it counts any more.
     bool isReplaced(VFetchTask *task) const;
+    void reportNotRun(VFetchTask *task);
     void connectTask(VFetchTask *task);
     void disconnectTask(VFetchTask *task);
     void scheduleRerun(VFetchTask *task);

@@ -1,6 +1,7 @@
 #include "tasksbydescription.h"
 
 #include <iterator>
+#include <utility>
 
 int TasksByDescription::size() const
 {
@@ -38,11 +39,19 @@ RemoteTaskWithDescription *TasksByDescription::store(const RemoteTaskDescription
         return replaced;
     }
     // The map itself may take a new description for one it holds. Between a key that is less than the new one
-    // and a key that the new one is less than, it does not, and walking back from the end meets such a place:
-    // of two different descriptions, at least one is less than the other.
-    auto place = map.cend();
-    while (place != map.cbegin() && !(std::prev(place).key() < descr)) {
-        --place;
+    // and a key that the new one is less than, it does not.
+    const auto isPlace = [this, &descr](Map::const_iterator place) {
+        return (place == map.cbegin() || std::prev(place).key() < descr) &&
+               (place == map.cend() || !(place.key() < descr));
+    };
+    // A search of the ordering finds such a place at once among descriptions with equal data; walking back
+    // from the end always meets one: of two different descriptions, at least one is less than the other.
+    Map::const_iterator place = std::as_const(map).lowerBound(descr);
+    if (!isPlace(place)) {
+        place = map.cend();
+        while (place != map.cbegin() && !(std::prev(place).key() < descr)) {
+            --place;
+        }
     }
     index.emplace(descr, map.insert(place, descr, task));
     return nullptr;

@@ -12,6 +12,7 @@ private Q_SLOTS:
     void noBus_endsWithTheReason();
     void busLost_endsForTheSupervisorToStartItAgain();
     void busLostWhileATransferHangs_endsAtOnceAllTheSame();
+    void busLost_endsWithoutDestroyingWhatTheFetchThreadUses();
     void endUnderLoad_isPromptAndNoCrash_data();
     void endUnderLoad_isPromptAndNoCrash();
     void busLostWhileARetryWaits_endsAtOnceAllTheSame();
@@ -86,6 +87,23 @@ void TestEnd::busLostWhileATransferHangs_endsAtOnceAllTheSame()
     QVERIFY(device.program().waitForExit(promptMs));
     QCOMPARE(device.program().exitStatus(), 1);
     QVERIFY(device.hasLine("W/QWIXTD: QWIXTD: lost the system bus"));
+}
+
+void TestEnd::busLost_endsWithoutDestroyingWhatTheFetchThreadUses()
+{
+    // The application object and what exit handlers take down must outlive a transfer that is under way.
+    DeviceUnderTest device(QStringLiteral(QWIXTD_WITNESSED_PROGRAM));
+    QVERIFY(device.startAll());
+    device.server().failAlways(hangs());
+    QVERIFY(device.registerApplication("u1"_text, "Clock"_text, "t"_text));
+    EVENTUALLY_EQUAL(device.server().requestCount(), 2);
+
+    device.expectExit();
+    device.bus().stop();
+
+    QVERIFY(device.program().waitForExit(promptMs));
+    QCOMPARE(device.program().exitStatus(), 1);
+    QVERIFY2(!device.program().output().contains("witness:"), device.program().output().constData());
 }
 
 void TestEnd::endUnderLoad_isPromptAndNoCrash_data()

@@ -52,6 +52,8 @@ private Q_SLOTS:
 
     void replacedTask_isNotScheduledAgain_data();
     void replacedTask_isNotScheduledAgain();
+    void replacedTask_isNotScheduledWhenItsSuccessorHasLeft_data();
+    void replacedTask_isNotScheduledWhenItsSuccessorHasLeft();
     void replacedTask_withAnotherIntervalIsNotScheduled();
     void replacedTask_leavesItsSuccessorAlone();
 
@@ -233,6 +235,38 @@ void TestFetcherTimers::replacedTask_isNotScheduledAgain()
     QVERIFY(!probe.waitsForRerun(&replaced));
     QVERIFY(probe.waitsForRerun(&successor));
     QCOMPARE(probe.waitingReruns(), 1);
+}
+
+void TestFetcherTimers::replacedTask_isNotScheduledWhenItsSuccessorHasLeft_data()
+{
+    QTest::addColumn<bool>("removed");
+    QTest::newRow("removed") << true;
+    QTest::newRow("single-shot now") << false;
+}
+
+void TestFetcherTimers::replacedTask_isNotScheduledWhenItsSuccessorHasLeft()
+{
+    QFETCH(bool, removed);
+    ScriptedTask replaced(1);
+    replaced.held = true;
+    ScriptedTask successor(1);
+    VDataFetcher fetcher;
+    const FetcherProbe probe(fetcher);
+    QSignalSpy successes(&fetcher, &VDataFetcher::taskSuccess);
+    fetcher.addFetchTask(&replaced, 30, true);
+    QTRY_COMPARE(replaced.begun.load(), 1);
+    fetcher.addFetchTask(&successor, 40, false);
+
+    if (removed) {
+        fetcher.removeFetchTask(1);
+    } else {
+        successor.setType(VFetchTask::SingleShot);
+    }
+    replaced.gate.release();
+    QTRY_COMPARE(successes.count(), 1);
+    replaced.setInvokeInterval(20);
+
+    QCOMPARE(probe.waitingReruns(), 0);
 }
 
 void TestFetcherTimers::replacedTask_withAnotherIntervalIsNotScheduled()

@@ -1,6 +1,7 @@
 #include "remotetaskwithdescription.h"
 #include "tasksbydescription.h"
 
+#include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QtTest>
 
@@ -43,6 +44,7 @@ private Q_SLOTS:
     void anyOrderOfEntries_keepsThemAll();
     void storing_replacesAnEqualEntry();
     void taking_removesOneEntry();
+    void tenThousandWithEqualData_areStoredQuickly();
 };
 
 void TestTasksByDescription::pendingRegisters_areAllFound_data()
@@ -136,6 +138,31 @@ void TestTasksByDescription::taking_removesOneEntry()
     QCOMPARE(taken, static_cast<const RemoteTaskWithDescription *>(task(40)));
     QVERIFY(takenAgain == nullptr);
     QCOMPARE(tasks.size(), static_cast<int>(all.size()) - 1);
+}
+
+void TestTasksByDescription::tenThousandWithEqualData_areStoredQuickly()
+{
+    // Widgets of one name and type differ in their ids only, which the ordering sorts.
+    constexpr int count = 10000;
+    QList<RemoteTaskDescription> order;
+    for (int i = 0; i < count; ++i) {
+        order.append({1, QString::number(i), {{QStringLiteral("name"), QStringLiteral("Clock")}}});
+    }
+    QRandomGenerator random(4711);
+    std::shuffle(order.begin(), order.end(), random);
+    TasksByDescription tasks;
+    QElapsedTimer elapsed;
+
+    elapsed.start();
+    for (int i = 0; i < count; ++i) {
+        QVERIFY(tasks.store(order.at(i), task(i % 4096)) == nullptr);
+    }
+
+    QVERIFY2(elapsed.elapsed() < 2000, qPrintable(QString::number(elapsed.elapsed())));
+    QCOMPARE(tasks.size(), count);
+    for (int i = 0; i < count; ++i) {
+        QCOMPARE(tasks.find(order.at(i)), task(i % 4096));
+    }
 }
 
 QTEST_GUILESS_MAIN(TestTasksByDescription)
