@@ -16,9 +16,10 @@
 ///
 /// Maps. A member that takes a QVariantMap sends each value in a form that D-Bus carries: JSON values by what they
 /// stand for, maps and lists of a type that D-Bus does not know as maps and lists of variants, float as double, a QUrl
-/// and the like as a string. It leaves out what has no such form: invalid and null values, more than 60 containers in
-/// one another, and structures of the program's own, whether as a registered type or written into a QDBusArgument, that
-/// hold variants.
+/// and the like as a string. It leaves out what has no such form: invalid and null values, empty object paths and
+/// signatures, closed descriptors, a typed list or map that holds one of these (a QList<QDBusObjectPath>, say), and
+/// whatever lies in more than 60 containers. It also leaves out a registered type of the program's own that writes
+/// variants, object paths, signatures or descriptors; written into a finished QDBusArgument, all but variants are sent.
 /// What a getter gave can be changed and sent again, an undecoded structure included.
 ///
 /// Making a proxy asks the service for nothing and does not start it. There is one exception: in a program that has

@@ -2,6 +2,7 @@
 
 #include "shapes/generic.h"
 
+#include <QAssociativeIterable>
 #include <QDBusArgument>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
@@ -131,11 +132,43 @@ bool fits(const QDBusArgument &argument, int room)
     return isSingleType(signature) && !signature.contains('v') && containersIn(signature) <= room;
 }
 
-bool isBlank(const QVariant &value)
+// What the bus library refuses when it is empty or closed: path, signature, descriptor.
+bool isRefusedWhenBlank(const QByteArray &signature) { return signature.contains('o') || signature.contains('g') || signature.contains('h'); }
+
+bool mayHoldBlank(const QVariant &value);
+
+bool mayHoldBlank(const QAssociativeIterable &map)
 {
-    return (isA(value, qMetaTypeId<QDBusObjectPath>()) && value.value<QDBusObjectPath>().path().isEmpty()) ||
-           (isA(value, qMetaTypeId<QDBusSignature>()) && value.value<QDBusSignature>().signature().isEmpty()) ||
-           (isA(value, qMetaTypeId<QDBusUnixFileDescriptor>()) && !value.value<QDBusUnixFileDescriptor>().isValid());
+    for (auto entry = map.begin(); entry != map.end(); ++entry) {
+        if (mayHoldBlank(entry.key()) || mayHoldBlank(entry.value())) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Whether a blank lies in a value of a type that holds no variant, or may lie there unseen. The bus library drops the
+// whole call for one in a list, and ends the process for one in a map or a structure.
+bool mayHoldBlank(const QVariant &value)
+{
+    if (isA(value, qMetaTypeId<QDBusObjectPath>())) {
+        return value.value<QDBusObjectPath>().path().isEmpty();
+    }
+    if (isA(value, qMetaTypeId<QDBusSignature>())) {
+        return value.value<QDBusSignature>().signature().isEmpty();
+    }
+    if (isA(value, qMetaTypeId<QDBusUnixFileDescriptor>())) {
+        return !value.value<QDBusUnixFileDescriptor>().isValid();
+    }
+    if (!isRefusedWhenBlank(signatureOf(value))) {
+        return false;
+    }
+    if (value.canConvert<QVariantMap>()) {
+        return mayHoldBlank(value.value<QAssociativeIterable>());
+    }
+    const std::optional<QVariantList> list = Generic::asList(value);
+    // What is no container is of the program's own, and only its writer knows what it will write.
+    return !list || std::any_of(list->cbegin(), list->cend(), [](const QVariant &each) { return mayHoldBlank(each); });
 }
 
 QVariant carried(const QVariant &original, int room);
@@ -191,7 +224,7 @@ QVariant carriedScalar(const QVariant &value)
 QVariant carried(const QVariant &original, int room)
 {
     const QVariant value = Generic::unwrapped(original);
-    if (room < 0 || Generic::isNothing(value) || isBlank(value)) {
+    if (room < 0 || Generic::isNothing(value)) {
         return {};
     }
     if (isA(value, qMetaTypeId<QDBusArgument>())) {
@@ -202,7 +235,7 @@ QVariant carried(const QVariant &original, int room)
     }
     const QByteArray signature = signatureOf(value);
     if (!signature.isEmpty() && !signature.contains('v')) {
-        return containersIn(signature) <= room ? value : QVariant();
+        return containersIn(signature) <= room && !mayHoldBlank(value) ? value : QVariant();
     }
     if (const std::optional<QVariantMap> map = Generic::asMap(value)) {
         return room > 0 ? QVariant(carriedMap(*map, room)) : QVariant();

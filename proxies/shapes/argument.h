@@ -16,9 +16,12 @@ constexpr int deepestNesting = 60;
 /// - JSON and CBOR values are sent by what they stand for, maps and lists of any type that D-Bus does not know as
 ///   maps and lists of variants, float as double, enumerators and long as 64-bit integers, and every other value that
 ///   has a string form, such as a QUrl, as that string.
-/// - Left out are invalid and null values, empty object paths and signatures, closed descriptors, unfinished
-///   arguments, values that nest too deeply, and values of other types, among them a structure of the program's own
-///   that holds variants, because nothing can be known of what it will write.
+/// - Left out are invalid and null values, unfinished arguments, values that nest too deeply, and values of other
+///   types. So are empty object paths and signatures and closed descriptors, and with them a whole map or list of a
+///   type that D-Bus knows when one lies in it.
+/// - Left out is also a registered type of the program's own that writes variants, object paths, signatures or
+///   descriptors, because nothing can be known of what it will write. Written into a QDBusArgument, object paths and
+///   the like are sent, variants are not.
 QVariantMap map(const QVariantMap &map);
 
 } // namespace VorletProxiesPrivate::Argument

@@ -6,6 +6,8 @@
 
 #include <vector>
 
+class QDBusArgument;
+
 /// A value that a program may put into a map, and what of it reaches the service, as described() tells it;
 /// empty when it is left out.
 struct AwkwardValue {
@@ -24,6 +26,10 @@ QVariantMap receivedMap();
 QVariantMap receivedNests();
 /// @p received is what came of receivedMap(); where only the names are asked for, it may be empty.
 std::vector<AwkwardValue> awkwardValues(const QVariantMap &received);
+
+/// @p argument as a value. An argument that is destroyed within a container leaks in the bus library; so a
+/// copy of this one stays until the end.
+QVariant kept(const QDBusArgument &argument);
 
 /// Maps, lists, structures of one variant, or variants of @p levels, one in the other, around the number 7.
 QVariant nestedMaps(int levels);

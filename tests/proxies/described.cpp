@@ -23,13 +23,18 @@ QString listed(const QDBusArgument &reader)
     return parts.join(QStringLiteral(", "));
 }
 
-// Keys are strings in every map of the tests.
+// A key that is no string is put as a value is.
+QString keyOf(const QVariant &key)
+{
+    return key.userType() == QMetaType::QString ? key.toString() : described(key);
+}
+
 QString entries(const QDBusArgument &reader)
 {
     QStringList parts;
     while (!reader.atEnd()) {
         reader.beginMapEntry();
-        const QString key = reader.asVariant().toString();
+        const QString key = keyOf(reader.asVariant());
         parts.append(entry(key, reader.asVariant()));
         reader.endMapEntry();
     }
