@@ -1,0 +1,123 @@
+#include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <memory>
+
+namespace
+{
+
+constexpr int timeoutMs = 30000;
+
+struct Outcome {
+    bool ended;
+    int status;
+    QString output;
+    QString errors;
+};
+
+} // namespace
+
+/// The scripts that a person types, in a checkout of their own that holds nothing to build. Stubs stand in
+/// for what the scripts ask of the machine.
+class TestTools : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+
+    void testOfNoPreset_isRefusedByName();
+    void noSandbox_isSaidBeforeAnythingIsBuilt_data();
+    void noSandbox_isSaidBeforeAnythingIsBuilt();
+
+private:
+    void writeStub(const char *name, const QByteArray &commands);
+    QString inCheckout(const char *path) const { return checkout->filePath(QLatin1String(path)); }
+    Outcome runScript(const QStringList &words) const;
+
+    std::unique_ptr<QTemporaryDir> checkout;
+};
+
+void TestTools::init()
+{
+    const QDir sources(QStringLiteral(SOURCE_DIRECTORY));
+    checkout = std::make_unique<QTemporaryDir>();
+    QVERIFY(QDir(checkout->path()).mkpath(QStringLiteral("tools")));
+    QVERIFY(QDir(checkout->path()).mkpath(QStringLiteral("stubs")));
+    for (const char *file : {"CMakePresets.json", "tools/lib.sh", "tools/test.sh", "tools/demo.sh"}) {
+        QVERIFY(QFile::copy(sources.filePath(QLatin1String(file)), inCheckout(file)));
+    }
+    // Every package is there, so that none is installed.
+    writeStub("dpkg-query", "printf installed");
+    writeStub("bwrap", "exit 0");
+}
+
+void TestTools::writeStub(const char *name, const QByteArray &commands)
+{
+    QFile stub(inCheckout("stubs/") + QLatin1String(name));
+    QVERIFY(stub.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    QVERIFY(stub.write("#!/bin/sh\n" + commands + "\n") > 0);
+    QVERIFY(stub.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
+}
+
+Outcome TestTools::runScript(const QStringList &words) const
+{
+    QProcess script;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("PATH"),
+                       inCheckout("stubs:") + environment.value(QStringLiteral("PATH")));
+    script.setProcessEnvironment(environment);
+    script.setStandardInputFile(QProcess::nullDevice());
+    script.start(inCheckout("tools/") + words.first(), words.mid(1));
+    const bool ended = script.waitForFinished(timeoutMs) && script.exitStatus() == QProcess::NormalExit;
+    return {ended, script.exitCode(), QString::fromLocal8Bit(script.readAllStandardOutput()),
+            QString::fromLocal8Bit(script.readAllStandardError())};
+}
+
+void TestTools::testOfNoPreset_isRefusedByName()
+{
+    const QStringList words{QStringLiteral("test.sh"), QStringLiteral("nonsuch")};
+
+    const Outcome outcome = runScript(words);
+
+    QVERIFY(outcome.ended);
+    QVERIFY(outcome.status != 0);
+    QCOMPARE(outcome.output, QString());
+    QCOMPARE(outcome.errors,
+             QStringLiteral("test.sh: there is no preset \"nonsuch\" with tests; those with tests are: "
+                            "release debug asan qt6\n"));
+    QVERIFY(!QDir(inCheckout("build")).exists());
+}
+
+void TestTools::noSandbox_isSaidBeforeAnythingIsBuilt_data()
+{
+    QTest::addColumn<QStringList>("words");
+    QTest::newRow("demo") << QStringList{QStringLiteral("demo.sh")};
+    QTest::newRow("interactive demo")
+        << QStringList{QStringLiteral("demo.sh"), QStringLiteral("--interactive")};
+    QTest::newRow("tests") << QStringList{QStringLiteral("test.sh")};
+}
+
+void TestTools::noSandbox_isSaidBeforeAnythingIsBuilt()
+{
+    QFETCH(QStringList, words);
+    writeStub("bwrap", "echo 'bwrap: no permission to make a name space' >&2; exit 1");
+
+    const Outcome outcome = runScript(words);
+
+    QVERIFY(outcome.ended);
+    QVERIFY(outcome.status != 0);
+    QCOMPARE(outcome.output, QString());
+    QCOMPARE(outcome.errors,
+             words.first() +
+                 QStringLiteral(
+                     ": no sandbox can be made here (bwrap: no permission to make a name space), and the "
+                     "tests and the demo need one: allow user namespaces on this machine, or run in a "
+                     "container that is allowed to make them.\n"));
+    QVERIFY(!QDir(inCheckout("build")).exists());
+}
+
+QTEST_GUILESS_MAIN(TestTools)
+#include "tst_tools.moc"
