@@ -38,6 +38,19 @@ QByteArray contentOf(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+// The lines of code that the comments of a header show.
+QList<QByteArray> exampleLines(const QByteArray &header)
+{
+    const QByteArray indent("///     ");
+    QList<QByteArray> lines;
+    for (const QByteArray &line : header.split('\n')) {
+        if (line.startsWith(indent)) {
+            lines.append(line.mid(indent.size()).trimmed());
+        }
+    }
+    return lines;
+}
+
 } // namespace
 
 /// Installs the library into an empty directory and builds a program of somebody else against it.
@@ -51,12 +64,16 @@ private Q_SLOTS:
     void exportedTarget_isUnderstoodByAnOlderCMake();
     void consumerFoundByCMake_speaksToItsServices();
     void consumerFoundByPkgConfig_speaksToItsServices();
+    void exampleInTheHeader_compilesAndDoesWhatItSays();
     void libraryAlone_isSharedWithAVersionedName();
     void pkgConfigFile_namesTheDirectories_data();
     void pkgConfigFile_namesTheDirectories();
 
 private:
+    // Builds the consumer's programs against an installed tree; gives the directory that they stand in.
+    QString builtConsumer(const QString &installed, QString *problem);
     void buildAndRunConsumer(const QString &installed);
+    void startOnTheBus(QProcess &process, const QString &program) const;
     void runConsumer(const QString &program);
 
     QTemporaryDir work;
@@ -91,18 +108,23 @@ void TestProxyInstall::exportedTarget_isUnderstoodByAnOlderCMake()
     QVERIFY(!content.contains("FILE_SET"));
 }
 
+void TestProxyInstall::startOnTheBus(QProcess &process, const QString &program) const
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), bus.address());
+    process.setProcessEnvironment(environment);
+    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process.start(program, QStringList());
+}
+
 void TestProxyInstall::runConsumer(const QString &program)
 {
     fake->takeCalls();
     QProcess consumer;
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), bus.address());
-    consumer.setProcessEnvironment(environment);
-    consumer.setProcessChannelMode(QProcess::ForwardedErrorChannel);
 
     // Every question gets the answer of its turn: a map is no serial number, and that must do no harm.
     fake->answerWith({QVariantMap{{QStringLiteral("title"), QStringLiteral("Night")}}});
-    consumer.start(program, QStringList());
+    startOnTheBus(consumer, program);
     QByteArray output;
     while (!output.contains("waiting\n")) {
         QVERIFY2(consumer.waitForReadyRead(answerTimeoutMs), qPrintable(consumer.errorString()));
@@ -124,16 +146,23 @@ void TestProxyInstall::runConsumer(const QString &program)
     QCOMPARE(consumer.exitCode(), 0);
 }
 
-void TestProxyInstall::buildAndRunConsumer(const QString &installed)
+QString TestProxyInstall::builtConsumer(const QString &installed, QString *problem)
 {
     const QString build = installed + QStringLiteral("-consumer");
-    QString problem;
     configure(consumerDirectory, build,
               {QStringLiteral("-DCMAKE_CXX_FLAGS=") + extraFlags,
                QStringLiteral("-DCMAKE_PREFIX_PATH=") + installed},
-              &problem);
-    QVERIFY2(problem.isEmpty(), qPrintable(problem));
-    buildAll(build, &problem);
+              problem);
+    if (problem->isEmpty()) {
+        buildAll(build, problem);
+    }
+    return build;
+}
+
+void TestProxyInstall::buildAndRunConsumer(const QString &installed)
+{
+    QString problem;
+    const QString build = builtConsumer(installed, &problem);
     QVERIFY2(problem.isEmpty(), qPrintable(problem));
     runConsumer(build + QStringLiteral("/consumer"));
 }
@@ -163,6 +192,44 @@ void TestProxyInstall::consumerFoundByPkgConfig_speaksToItsServices()
     run(compiler(), arguments, &problem);
     QVERIFY2(problem.isEmpty(), qPrintable(problem));
     runConsumer(program);
+}
+
+// The example once stood in the header without ever being compiled.
+void TestProxyInstall::exampleInTheHeader_compilesAndDoesWhatItSays()
+{
+    const QList<QByteArray> shown =
+        exampleLines(contentOf(prefix + QStringLiteral("/include/vorletproxies/vorletproxies.h")));
+    const QByteArray program = contentOf(consumerDirectory + QStringLiteral("/example.cpp"));
+    QString problem;
+    const QString build = builtConsumer(prefix, &problem);
+    QVERIFY2(problem.isEmpty(), qPrintable(problem));
+    fake->answerWith({QStringLiteral("S-1")});
+    fake->takeCalls();
+
+    QProcess example;
+    startOnTheBus(example, build + QStringLiteral("/example"));
+    QVERIFY2(example.waitForReadyRead(answerTimeoutMs), qPrintable(example.errorString()));
+    QVERIFY(fake->sendSignal(QStringLiteral("vorlet.daemon"), QStringLiteral("/general"),
+                             QStringLiteral("com.vorlet.daemon.general"), QStringLiteral("nameChanged"),
+                             {QStringLiteral("hall")}));
+    QVERIFY(example.waitForFinished(answerTimeoutMs));
+
+    QCOMPARE(shown.size(), 5);
+    QByteArray remaining = program;
+    for (const QByteArray &line : shown) {
+        const auto at = remaining.indexOf(line);
+        QVERIFY2(at >= 0, line.constData());
+        remaining = remaining.mid(at);
+    }
+    QCOMPARE(example.exitCode(), 0);
+    QCOMPARE(example.readAllStandardOutput(), QByteArray("serial: S-1\nlabel: hall\n"));
+    // The example waits for the first call alone.
+    QList<RecordedCall> calls;
+    QTRY_VERIFY((calls += fake->takeCalls()).size() >= 2);
+    QCOMPARE(calls.size(), 2);
+    QCOMPARE(calls.at(0).member, QStringLiteral("serial"));
+    QCOMPARE(calls.at(1).member, QStringLiteral("setName"));
+    QCOMPARE(calls.at(1).arguments, QVariantList{QStringLiteral("kitchen")});
 }
 
 void TestProxyInstall::libraryAlone_isSharedWithAVersionedName()
