@@ -189,6 +189,8 @@ void TestProxyInstall::consumerFoundByPkgConfig_speaksToItsServices()
                           QStringLiteral("-o"), program};
     arguments += extraFlags.split(QLatin1Char(' '), Qt::SkipEmptyParts);
     arguments += QString::fromUtf8(flags).simplified().split(QLatin1Char(' '));
+    // A shared library is found where it was installed.
+    arguments << QStringLiteral("-Wl,-rpath,") + QFileInfo(pcDirectory).path();
     run(compiler(), arguments, &problem);
     QVERIFY2(problem.isEmpty(), qPrintable(problem));
     runConsumer(program);
