@@ -34,6 +34,8 @@ endfunction()
 
 # qwixt_harden(TARGET...): compiles what is shipped small and with the guards against faults of memory that compiler and
 # linker have, and leaves out of a program what is not called. Does nothing unless QWIXTD_HARDENED is on.
+# Link-time optimisation is not used: the program is small enough without, and every test program that links one of the
+# libraries would be optimised anew at each build.
 function(qwixt_harden)
   if(NOT QWIXTD_HARDENED)
     return()
