@@ -27,6 +27,11 @@ QString programPath(DeviceUnderTest::Build build)
 }
 } // namespace
 
+QByteArray curlsWords(CURLcode code)
+{
+    return QByteArray(" ") + curl_easy_strerror(code);
+}
+
 const QString DeviceUnderTest::apiKey = QStringLiteral("k3y-0f/th3+dev1ce");
 
 DeviceUnderTest::DeviceUnderTest(Build build)

@@ -11,6 +11,8 @@
 #include <QStringList>
 #include <QTest>
 
+#include <curl/curl.h>
+
 #include <cstddef>
 #include <memory>
 
@@ -24,6 +26,9 @@ inline QString operator""_text(const char *utf8, std::size_t size)
 #define EVENTUALLY(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, DeviceUnderTest::patienceMs)
 #define EVENTUALLY_EQUAL(actual, expected)                                                                   \
     QTRY_COMPARE_WITH_TIMEOUT(actual, expected, DeviceUnderTest::patienceMs)
+
+/// A space and libcurl's words for a transfer that failed with @p code; they differ from version to version.
+QByteArray curlsWords(CURLcode code);
 
 /// A whole device for one test: a private bus, the device's services, the developer server and the real
 /// daemon as a process of its own. It begins with an API key, the remote id "d9", the internet and the

@@ -100,7 +100,7 @@ void TestLogLines::failures_areTold()
     EVENTUALLY(device.hasLine("W/QWIXTD: FetchTask: DELETE Status=500 Url=" + url));
     device.server().stop();
     QVERIFY(device.registerApplication("u3"_text, "Mail"_text, "t"_text));
-    EVENTUALLY(device.hasLine("E/QWIXTD: FetchTask: [Error] 7 " + url + " Couldn't connect to server"));
+    EVENTUALLY(device.hasLine("E/QWIXTD: FetchTask: [Error] 7 " + url + curlsWords(CURLE_COULDNT_CONNECT)));
 }
 
 void TestLogLines::serverOfAnUnknownAuthority_isNotTrusted()
@@ -141,7 +141,7 @@ void TestLogLines::underTheJournal_linesBeginWithTheirPriority()
                                         "<4>W/QWIXTD: FetchTask: DELETE Status=503 Url=" + urlOf(device),
                                         "<6>I/QWIXTD: QWixtApplicationManager: added delete app task",
                                         "<3>E/QWIXTD: FetchTask: [Error] 7 " + urlOf(device) +
-                                            " Couldn't connect to server"}));
+                                            curlsWords(CURLE_COULDNT_CONNECT)}));
 }
 
 void TestLogLines::foreignTextInALine_staysOnOneLine_data()

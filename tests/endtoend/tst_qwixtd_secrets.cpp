@@ -126,8 +126,8 @@ void TestSecrets::hostDoesNotResolve_keyIsNotWritten()
     QVERIFY(device.startServices() && device.startProgram());
 
     EVENTUALLY_EQUAL(device.lines('E'),
-                     QList<QByteArray>{"FetchTask: [Error] 6 https://no-such-host.invalid/api/v1/qwixt/apps "
-                                       "Couldn't resolve host name"});
+                     QList<QByteArray>{"FetchTask: [Error] 6 https://no-such-host.invalid/api/v1/qwixt/apps" +
+                                       curlsWords(CURLE_COULDNT_RESOLVE_HOST)});
     QCOMPARE(secretIn(device.program().output()), QByteArray());
     QVERIFY(showsTheHeaderHidden(device, build));
 }

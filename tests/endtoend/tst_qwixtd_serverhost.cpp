@@ -121,7 +121,8 @@ void TestServerHost::builtInHost_doesNotResolveHere()
 
     EVENTUALLY_EQUAL(device.lines(),
                      QList<QByteArray>({warning, "E/QWIXTD: FetchTask: [Error] 6 https://" QWIXTD_SERVER_HOST
-                                                 "/api/v1/qwixt/apps Couldn't resolve host name"}));
+                                                 "/api/v1/qwixt/apps" +
+                                                     curlsWords(CURLE_COULDNT_RESOLVE_HOST)}));
 }
 
 void TestServerHost::hostNameOfTheCertificate_isReached()
