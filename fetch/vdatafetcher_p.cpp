@@ -109,13 +109,9 @@ void VDataFetcherPrivate::reportNotRun(VFetchTask *task)
 {
     logWarning("DataFetcher: Task id=%d can not be run, there is no thread. It counts as failed.",
                task->id());
-    const QPointer<VFetchTask> guarded(task);
-    const auto report = [guarded] {
-        if (!guarded.isNull()) {
-            Q_EMIT guarded->failure(VFetchTask::NoCurlHandle, QByteArray());
-        }
-    };
-    QMetaObject::invokeMethod(this, report, Qt::QueuedConnection);
+    const auto report = [task] { Q_EMIT task->failure(VFetchTask::NoCurlHandle, QByteArray()); };
+    // Behind this call, and to nobody when the task is deleted first.
+    QMetaObject::invokeMethod(task, report, Qt::QueuedConnection);
 }
 
 void VDataFetcherPrivate::connectTask(VFetchTask *task)
