@@ -2,6 +2,7 @@
 #include "openmanager.h"
 #include "platformcapture.h"
 #include "remotetaskwithdescription.h"
+#include "taskconnections.h"
 
 #include <QPointer>
 #include <QTimer>
@@ -24,19 +25,6 @@ QList<QByteArray> bodies()
         list.append(request.method() + ' ' + request.body());
     }
     return list;
-}
-
-int connectionsOf(const VFetchTask *task)
-{
-    // receivers() is protected; a derived class may name it.
-    struct Counter : VFetchTask {
-        static int (QObject::*receiversOf())(const char *) const { return &Counter::receivers; }
-    };
-    const auto receivers = Counter::receiversOf();
-    return (task->*receivers)(SIGNAL(success(QByteArray))) +
-           (task->*receivers)(SIGNAL(failure(int, QByteArray))) + (task->*receivers)(SIGNAL(doUpdate())) +
-           (task->*receivers)(SIGNAL(invokeIntervalChanged(int))) +
-           (task->*receivers)(SIGNAL(typeChanged(VFetchTask::VFetchTaskType)));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "devicestub.h"
 #include "remoterequestworker.h"
 #include "remotetaskwithdescription.h"
+#include "taskconnections.h"
 #include "virtualtime.h"
 #include "vthread.h"
 
@@ -16,19 +17,6 @@ namespace
 
 constexpr qint64 retryDelayMs = 5000;
 constexpr int connectionsOfATask = 7; ///< five to the fetcher, two to the worker
-
-int connectionsOf(const VFetchTask *task)
-{
-    // receivers() is protected; a derived class may name it.
-    struct Counter : VFetchTask {
-        static int (QObject::*receiversOf())(const char *) const { return &Counter::receivers; }
-    };
-    const auto receivers = Counter::receiversOf();
-    return (task->*receivers)(SIGNAL(success(QByteArray))) +
-           (task->*receivers)(SIGNAL(failure(int, QByteArray))) + (task->*receivers)(SIGNAL(doUpdate())) +
-           (task->*receivers)(SIGNAL(invokeIntervalChanged(int))) +
-           (task->*receivers)(SIGNAL(typeChanged(VFetchTask::VFetchTaskType)));
-}
 
 QString textOf(const RemoteTaskDescription &descr)
 {
