@@ -11,6 +11,7 @@ namespace
 const QString binaries = QStringLiteral(INSTALL_BINDIR "/");
 const QString libraries = QStringLiteral(INSTALL_LIBDIR "/");
 const QString headers = QStringLiteral(INSTALL_INCLUDEDIR "/vorletproxies/");
+const QString data = QStringLiteral(INSTALL_DATAROOTDIR "/");
 const QString documents = QStringLiteral(INSTALL_DATAROOTDIR "/doc/VorletProxies/");
 const QString buildType = QStringLiteral(CONFIGURATION).toLower();
 
@@ -71,7 +72,8 @@ void TestInstalledComponents::component_holdsItsFilesAlone_data()
 {
     QTest::addColumn<QString>("component");
     QTest::addColumn<QStringList>("expected");
-    QTest::newRow("daemon") << QStringLiteral("qwixtd") << in(binaries, "qwixtd");
+    QTest::newRow("daemon") << QStringLiteral("qwixtd")
+                            << in(binaries, "qwixtd") + in(data, "dbus-1/system.d/com.qwixtd.conf");
 #ifdef WITH_SIMULATOR
     QTest::newRow("simulator") << QStringLiteral("simulator") << in(binaries, "qwixt-devicesim");
 #endif
