@@ -1,24 +1,31 @@
 #include "buswatch.h"
 
-#include "log.h"
-
-#include <QCoreApplication>
 #include <QDBusConnection>
 
-BusWatch::BusWatch(QDBusConnection connection)
-{
-    // The connection announces its own end by a signal that comes from no service.
-    const bool connected = connection.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-                                              QStringLiteral("org.freedesktop.DBus.Local"),
-                                              QStringLiteral("Disconnected"), this, SLOT(busWasLost()));
-    if (!connected || !connection.isConnected()) {
-        // Lost before anybody listened: report it once the event loop runs.
-        QMetaObject::invokeMethod(this, &BusWatch::busWasLost, Qt::QueuedConnection);
-    }
-}
+#include <dbus/dbus.h>
 
-void BusWatch::busWasLost()
+namespace
 {
-    logWarning("QWIXTD: lost the system bus");
-    QCoreApplication::exit(lostBusStatus);
+// The connection announces its own end by a signal that comes from no service.
+DBusHandlerResult filter(DBusConnection * /*connection*/, DBusMessage *message, void *data)
+{
+    if (dbus_message_is_signal(message, DBUS_INTERFACE_LOCAL, "Disconnected")) {
+        reinterpret_cast<void (*)()>(data)();
+    }
+    return DBUS_HANDLER_RESULT_NOT_YET_HANDLED;
+}
+} // namespace
+
+// Qt takes no notice of that signal before the main event loop runs: until then a call that waits for its
+// reply when the bus goes away waits without end. So the library below Qt is asked.
+void watchBus(const QDBusConnection &connection, void (*lost)())
+{
+    auto *const busConnection = static_cast<DBusConnection *>(connection.internalPointer());
+    if (busConnection == nullptr) {
+        return;
+    }
+    dbus_connection_add_filter(busConnection, filter, reinterpret_cast<void *>(lost), nullptr);
+    if (!dbus_connection_get_is_connected(busConnection)) {
+        lost(); // the signal may have gone by
+    }
 }

@@ -1,21 +1,8 @@
 #pragma once
 
-#include <QObject>
-
 class QDBusConnection;
 
-/// Ends the event loop, with status 1 and a warning, when the bus goes away: the daemon would live on deaf,
-/// and its supervisor starts it again.
-class BusWatch : public QObject
-{
-    Q_OBJECT
-
-public:
-    static constexpr int lostBusStatus = 1;
-
-    /// A @p connection that is lost already is reported as soon as the event loop runs.
-    explicit BusWatch(QDBusConnection connection);
-
-private Q_SLOTS:
-    void busWasLost();
-};
+/// From now on calls @p lost when @p connection goes away: at least once, on the bus library's thread, or
+/// here when it is gone already. That thread waits for nobody, so @p lost is called too while another thread
+/// waits for a reply that will never come. A connection that was never made is not watched.
+void watchBus(const QDBusConnection &connection, void (*lost)());

@@ -1,4 +1,5 @@
 #include "log.h"
+#include "processend.h"
 #include "standardfiles.h"
 #include "startup.h"
 
@@ -6,12 +7,7 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstdlib>
 #include <system_error>
-
-// There in a build with the leak sanitizer, and null in every other.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the sanitizer's name
-extern "C" void __lsan_do_leak_check() __attribute__((weak));
 
 int main(int argc, char *argv[])
 {
@@ -29,8 +25,5 @@ int main(int argc, char *argv[])
     // A transfer may still be under way, and waiting for it could take minutes. Its thread posts the result
     // to objects of this thread and works with libraries that exit handlers would pull from under it. So
     // nothing that it may touch is destroyed, the application included; there is nothing to flush either.
-    if (__lsan_do_leak_check != nullptr) {
-        __lsan_do_leak_check(); // elsewhere one of the exit handlers
-    }
-    std::_Exit(status);
+    endProcess(status);
 }

@@ -2,6 +2,7 @@
 
 #include "buswatch.h"
 #include "log.h"
+#include "processend.h"
 #include "qwixtapplicationmanager.h"
 #include "qwixtdbusadaptor.h"
 #include "qwixtdbuscontext.h"
@@ -10,10 +11,29 @@
 #include <QDBusConnection>
 #include <QDBusError>
 
+#include <mutex>
+
+namespace
+{
+constexpr int lostBusStatus = 1;
+
+// Without its bus the daemon would live on deaf; its supervisor starts it again. On the bus library's thread:
+// the main thread may be waiting for a reply.
+void busWasLost()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        logWarning("QWIXTD: lost the system bus");
+        endProcess(lostBusStatus);
+    });
+}
+} // namespace
+
 int runDaemon(QCoreApplication &application)
 {
     logSetTag("QWIXTD");
     QDBusConnection bus = QDBusConnection::systemBus();
+    watchBus(bus, busWasLost);
     if (!bus.registerService(QStringLiteral("com.qwixtd"))) {
         logWarning("QWIXTD: failed to register dbus service %s", qPrintable(bus.lastError().message()));
         return -1;
@@ -25,7 +45,6 @@ int runDaemon(QCoreApplication &application)
         logWarning("QWIXTD: failed to register dbus interface %s", qPrintable(bus.lastError().message()));
         return -1;
     }
-    const BusWatch busWatch(bus);
 
     QWixtApplicationManager *const manager = QWixtApplicationManager::instance();
     QObject::connect(manager, &QWixtApplicationManager::applicationRegistered, adaptor,

@@ -5,8 +5,8 @@ ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
 # What building, testing and the demo need, beyond what every Debian system has.
 # shellcheck disable=SC2034
-PACKAGES=(cmake ninja-build g++ pkg-config qtbase5-dev libcurl4-openssl-dev libedit-dev
-          openssl dbus bubblewrap ca-certificates)
+PACKAGES=(cmake ninja-build g++ pkg-config qtbase5-dev libdbus-1-dev libcurl4-openssl-dev
+          libedit-dev openssl dbus bubblewrap ca-certificates)
 
 say() {
     printf '%s\n' "$*"
