@@ -65,13 +65,15 @@ void QHttpResponseHeader::appendField(const QString &line)
     const bool continuesTheLastValue = line.at(0) == QLatin1Char(' ') || line.at(0) == QLatin1Char('\t');
     if (continuesTheLastValue) {
         if (!fields.isEmpty()) {
-            fields.last().second += QLatin1Char(' ') + line.trimmed();
+            QString &value = fields.last().second;
+            value = (value + QLatin1Char(' ') + line.trimmed()).trimmed(); // either may be empty
         }
         return;
     }
     const auto colon = line.indexOf(QLatin1Char(':'));
-    if (colon > 0) {
-        fields.append({line.left(colon).trimmed(), line.mid(colon + 1).trimmed()});
+    const QString name = line.left(colon).trimmed();
+    if (colon > 0 && !name.isEmpty()) {
+        fields.append({name, line.mid(colon + 1).trimmed()});
     }
 }
 
