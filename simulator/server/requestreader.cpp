@@ -64,15 +64,17 @@ void RequestReader::add(const QByteArray &bytes)
 
 std::optional<HttpRequest> RequestReader::take()
 {
-    const auto headSize = buffer.indexOf(endOfHead);
-    if (malformed || headSize < 0) {
-        malformed = malformed || buffer.size() > largestHead;
+    const auto headEnd = buffer.indexOf(endOfHead);
+    // Where the end has not come yet, all but its first bytes are head already.
+    const auto headSize = headEnd < 0 ? buffer.size() - endOfHead.size() + 1 : headEnd;
+    malformed = malformed || headSize > largestHead;
+    if (malformed || headEnd < 0) {
         return std::nullopt;
     }
     HttpRequest request;
     malformed = !readHead(buffer.left(headSize), request) || bodySize(request) < 0;
     const auto bodyStart = headSize + endOfHead.size();
-    if (malformed || buffer.size() < bodyStart + bodySize(request)) {
+    if (malformed || buffer.size() - bodyStart < bodySize(request)) {
         return std::nullopt;
     }
     request.bytes = buffer;

@@ -18,6 +18,7 @@ private Q_SLOTS:
     void request_isWholeAtItsLastByte();
     void requestsBehindEachOther_areParted();
     void bytes_areAllThatHadCome();
+    void bodyOfTheLargestSize_isWaitedFor();
     void whatIsNoRequest_isMalformed_data();
     void whatIsNoRequest_isMalformed();
 };
@@ -96,6 +97,18 @@ void TestRequestReader::bytes_areAllThatHadCome()
     QCOMPARE(request->bytes, put + "too much");
 }
 
+// The sum of the two sizes went over the largest number, and the request was taken at once.
+void TestRequestReader::bodyOfTheLargestSize_isWaitedFor()
+{
+    RequestReader reader;
+
+    reader.add("PUT / HTTP/1.1\r\nContent-Length: 2147483647\r\n\r\nbody");
+    const std::optional<HttpRequest> request = reader.take();
+
+    QVERIFY(!request.has_value());
+    QVERIFY(!reader.isMalformed());
+}
+
 void TestRequestReader::whatIsNoRequest_isMalformed_data()
 {
     QTest::addColumn<QByteArray>("text");
@@ -112,6 +125,8 @@ void TestRequestReader::whatIsNoRequest_isMalformed_data()
     QTest::newRow("length below 0") << QByteArray("GET / HTTP/1.1\r\nContent-Length: -1\r\n\r\n");
     QTest::newRow("in chunks") << QByteArray("PUT / HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n");
     QTest::newRow("head without end") << QByteArray(300 * 1024, 'x');
+    QTest::newRow("large head that has come at once")
+        << "GET / HTTP/1.1\r\nX: " + QByteArray(300 * 1024, 'x') + "\r\n\r\n";
 }
 
 void TestRequestReader::whatIsNoRequest_isMalformed()
