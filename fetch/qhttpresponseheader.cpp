@@ -48,7 +48,7 @@ QHttpResponseHeader::QHttpResponseHeader(const QString &text)
 bool QHttpResponseHeader::parseStatusLine(const QString &line)
 {
     // HTTP/2 has neither a minor version nor a reason.
-    static const QRegularExpression form(QStringLiteral("^HTTP/(\\d)(?:\\.(\\d))? (\\d{3})(?: (.*))?$"));
+    static const QRegularExpression form(QStringLiteral("^HTTP/(\\d)(?:\\.(\\d))? ([1-9]\\d{2})(?: (.*))?$"));
     const QRegularExpressionMatch match = form.match(line);
     if (!match.hasMatch()) {
         return false;

@@ -39,6 +39,9 @@ void TestQHttpResponseHeader::statusLine_isParsed_data()
                                     << 1;
     QTest::newRow("code of two digits")
         << QStringLiteral("HTTP/1.1 20 OK\r\n") << false << 0 << QStringLiteral("") << 1 << 1;
+    // It was read as 20, which is written with two digits.
+    QTest::newRow("code below 100") << QStringLiteral("HTTP/1.1 020 OK\r\n") << false << 0
+                                    << QStringLiteral("") << 1 << 1;
 }
 
 void TestQHttpResponseHeader::statusLine_isParsed()
