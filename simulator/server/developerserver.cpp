@@ -1,7 +1,5 @@
 #include "developerserver.h"
 
-#include <algorithm>
-
 DeveloperServer::DeveloperServer(QObject *parent)
     : HttpServer(parent)
 {
@@ -34,7 +32,9 @@ void DeveloperServer::removeAllApplications()
 
 void DeveloperServer::failNext(int count, const ServerFault &fault)
 {
-    nextFaults.insert(nextFaults.end(), static_cast<size_t>(std::max(count, 0)), fault);
+    if (count > 0) {
+        nextFaults.emplace_back(count, fault);
+    }
 }
 
 void DeveloperServer::failAlways(const ServerFault &fault)
@@ -59,7 +59,10 @@ ServerFault DeveloperServer::takeFault()
     if (nextFaults.empty()) {
         return lastingFault;
     }
-    const ServerFault fault = nextFaults.front();
-    nextFaults.pop_front();
-    return fault;
+    auto &[answersLeft, fault] = nextFaults.front();
+    const ServerFault next = fault;
+    if (--answersLeft == 0) {
+        nextFaults.pop_front();
+    }
+    return next;
 }

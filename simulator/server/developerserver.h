@@ -5,6 +5,7 @@
 #include "serverfault.h"
 
 #include <deque>
+#include <utility>
 
 /// The developer server: the apps endpoint with its records in memory, and the ways in which it fails.
 class DeveloperServer : public HttpServer
@@ -37,6 +38,7 @@ private:
     ServerFault takeFault();
 
     AppsEndpoint endpoint;
-    std::deque<ServerFault> nextFaults;
+    /// How many answers fail in each way, those that are next first; none of them is 0.
+    std::deque<std::pair<int, ServerFault>> nextFaults;
     ServerFault lastingFault;
 };
