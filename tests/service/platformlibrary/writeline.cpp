@@ -1,8 +1,0 @@
-#include "log.h"
-
-int main()
-{
-    logSetTag("QWIXTD");
-    logWarning("one %s", "line");
-    return 0;
-}
