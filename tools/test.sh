@@ -11,8 +11,8 @@ if [ $# -gt 0 ] && [ "${1#-}" = "$1" ]; then
 fi
 
 packages=("${PACKAGES[@]}")
-if [ "$preset" = qt6 ]; then
-    packages+=(qt6-base-dev)
+if [ "$preset" = qt5 ]; then
+    packages+=(qtbase5-dev)
 fi
 install_packages "${packages[@]}"
 require_tests "$preset"

@@ -87,7 +87,7 @@ void TestTools::testOfNoPreset_isRefusedByName()
     QCOMPARE(outcome.output, QString());
     QCOMPARE(outcome.errors,
              QStringLiteral("test.sh: there is no preset \"nonsuch\" with tests; those with tests are: "
-                            "release debug asan qt6\n"));
+                            "release debug asan qt5\n"));
     QVERIFY(!QDir(inCheckout("build")).exists());
 }
 

@@ -24,12 +24,16 @@ const QString extraFlags = QStringLiteral(EXTRA_FLAGS);
 // The library without the daemon, in a world that has no libcurl and no threads library to find.
 QStringList proxiesAlone()
 {
-    return {QStringLiteral("-DQWIXTD_PROXIES_ONLY=ON"),
-            QStringLiteral("-DQWIXTD_QT_MAJOR=") + qtMajor,
-            QStringLiteral("-DCMAKE_DISABLE_FIND_PACKAGE_CURL=ON"),
-            QStringLiteral("-DCMAKE_DISABLE_FIND_PACKAGE_Threads=ON"),
-            QStringLiteral("-DCMAKE_DISABLE_FIND_PACKAGE_Qt%1Test=ON").arg(qtMajor),
-            QStringLiteral("-DCMAKE_DISABLE_FIND_PACKAGE_Qt%1Network=ON").arg(qtMajor)};
+    QStringList options{QStringLiteral("-DQWIXTD_PROXIES_ONLY=ON"),
+                        QStringLiteral("-DQWIXTD_QT_MAJOR=") + qtMajor,
+                        QStringLiteral("-DCMAKE_DISABLE_FIND_PACKAGE_CURL=ON"),
+                        QStringLiteral("-DCMAKE_DISABLE_FIND_PACKAGE_Qt%1Test=ON").arg(qtMajor),
+                        QStringLiteral("-DCMAKE_DISABLE_FIND_PACKAGE_Qt%1Network=ON").arg(qtMajor)};
+    if (qtMajor == QLatin1String("5")) {
+        // The package of Qt 6 asks for the threads library itself.
+        options.append(QStringLiteral("-DCMAKE_DISABLE_FIND_PACKAGE_Threads=ON"));
+    }
+    return options;
 }
 
 QByteArray contentOf(const QString &path)
