@@ -31,6 +31,7 @@ private Q_SLOTS:
     void everyPart_checksItsStack_data();
     void everyPart_checksItsStack();
     void strippedProgram_isSmall();
+    void strippedProgram_namesItsVersion();
 };
 
 void TestShippedProgram::program_isGuardedByTheLoader_data()
@@ -94,6 +95,21 @@ void TestShippedProgram::strippedProgram_isSmall()
     QVERIFY2(problem.isEmpty(), qPrintable(problem));
     const qint64 size = QFileInfo(stripped).size();
     QVERIFY2(size > 0 && size <= mostBytes, qPrintable(QStringLiteral("%1 bytes").arg(size)));
+}
+
+void TestShippedProgram::strippedProgram_namesItsVersion()
+{
+    const QTemporaryDir work;
+    const QString stripped = work.filePath(QStringLiteral("qwixtd"));
+    QString problem;
+    run(QStringLiteral("strip"), {QStringLiteral("-o"), stripped, daemonProgram}, &problem);
+
+    const QByteArray note = run(QStringLiteral("readelf"),
+                                {QStringLiteral("-p"), QStringLiteral(".note.package"), stripped}, &problem);
+
+    QVERIFY2(problem.isEmpty(), qPrintable(problem));
+    QVERIFY2(note.contains("{\"type\":\"program\",\"name\":\"qwixtd\",\"version\":\"" VERSION "\"}"),
+             note.constData());
 }
 
 QTEST_GUILESS_MAIN(TestShippedProgram)
