@@ -1,7 +1,8 @@
 #!/bin/bash
 # fresh-machine.sh bookworm|trixie [CACHE]: runs the README's two commands on a machine that has nothing but that release
-# of Debian, as root and then as a plain user. Needs root. The release comes from the mirror that this machine's package
-# configuration names, and is kept in the directory CACHE; all else goes with the script.
+# of Debian, as root and then as a plain user, and the tests once more against Qt 5. Needs root. The release comes from
+# the mirror that this machine's package configuration names, and is kept in the directory CACHE; all else goes with the
+# script.
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 
@@ -69,11 +70,15 @@ on_machine() {
     ' bash "$machine" "$1"
 }
 
-for user in root visitor; do
-    say "== $release, $user"
-    on_machine "$user" <<<'tools/demo.sh && tools/test.sh' &
+# check USER COMMANDS: ends the script when they fail there.
+check() {
+    say "== $release, $1: $2"
+    on_machine "$1" <<<"$2" &
     running=$!
-    wait "$running" || die "$release: failed as $user"
+    wait "$running" || die "$release: \"$2\" failed as $1"
     running=''
-done
+}
+check root 'tools/demo.sh && tools/test.sh'
+check visitor 'tools/demo.sh && tools/test.sh'
+check root 'tools/test.sh qt5'
 say "$release: ok"
