@@ -125,13 +125,19 @@ void BusService::stop()
 void BusService::failCallsOf(const QString &member, const QString &errorName, const QString &errorText)
 {
     const QMutexLocker locker(&mutex);
-    failures.insert(member, {{}, errorName, errorText});
+    failures.insert(member, {{}, errorName, errorText, 0});
 }
 
 void BusService::answerCallsOf(const QString &member)
 {
     const QMutexLocker locker(&mutex);
     failures.remove(member);
+}
+
+void BusService::holdCallsOf(const QString &member, int delayMs)
+{
+    const QMutexLocker locker(&mutex);
+    delays.insert(member, delayMs);
 }
 
 QStringList BusService::calls() const
@@ -196,6 +202,7 @@ std::optional<BusService::Reply> BusService::answerFor(const QString &path, cons
             const QMutexLocker locker(&mutex);
             callLog.append(member);
             reply = failures.value(member);
+            reply.delayMs = delays.value(member);
         }
         if (reply.errorName.isEmpty()) {
             reply.values.append(method.answer());

@@ -28,6 +28,8 @@ public:
         QVariantList values;
         QString errorName;
         QString errorText;
+        /// How long the answer is held back.
+        int delayMs = 0;
     };
 
     ~BusService() override;
@@ -48,6 +50,10 @@ public:
     void failCallsOf(const QString &member, const QString &errorName, const QString &errorText);
     /// Takes failCallsOf() back.
     void answerCallsOf(const QString &member);
+    /// From now on calls of @p member are answered @p delayMs late, as a service that hangs does; 0 takes it
+    /// back. Other calls are answered meanwhile. What is held when the service stops is never answered: the
+    /// bus says so to the caller.
+    void holdCallsOf(const QString &member, int delayMs);
 
     /// The members called so far, oldest first, those answered with an error included.
     QStringList calls() const;
@@ -112,4 +118,5 @@ private:
     bool running = false;
     QStringList callLog;
     QMap<QString, Reply> failures;
+    QMap<QString, int> delays;
 };

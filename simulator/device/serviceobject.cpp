@@ -4,10 +4,20 @@
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QTimer>
 
 ServiceObject::ServiceObject(BusService &owner)
     : service(owner)
 {
+}
+
+ServiceObject::~ServiceObject()
+{
+    for (const auto &held : heldCalls) {
+        held.second.connection.send(
+            held.second.call.createErrorReply(QStringLiteral("org.freedesktop.DBus.Error.NoReply"),
+                                              QStringLiteral("The service went without an answer")));
+    }
 }
 
 QString ServiceObject::introspect(const QString &path) const
@@ -31,10 +41,24 @@ bool ServiceObject::handleMessage(const QDBusMessage &message, const QDBusConnec
                                                      .arg(message.member(), message.interface())));
         return true;
     }
-    if (reply->errorName.isEmpty()) {
-        connection.send(message.createReply(reply->values));
+    const QDBusMessage answer = reply->errorName.isEmpty()
+                                    ? message.createReply(reply->values)
+                                    : message.createErrorReply(reply->errorName, reply->errorText);
+    if (reply->delayMs > 0) {
+        hold(message, connection, answer, reply->delayMs);
     } else {
-        connection.send(message.createErrorReply(reply->errorName, reply->errorText));
+        connection.send(answer);
     }
     return true;
+}
+
+void ServiceObject::hold(const QDBusMessage &call, const QDBusConnection &connection,
+                         const QDBusMessage &answer, int delayMs)
+{
+    const int number = ++callsHeld;
+    heldCalls.insert({number, {call, connection}});
+    QTimer::singleShot(delayMs, this, [this, number, answer] {
+        heldCalls.at(number).connection.send(answer);
+        heldCalls.erase(number);
+    });
 }

@@ -2,6 +2,8 @@
 
 namespace
 {
+constexpr int megabyte = 1024 * 1024;
+
 HttpAnswer refusal(int status)
 {
     HttpAnswer answer;
@@ -15,6 +17,21 @@ HttpAnswer noJson()
     HttpAnswer answer;
     answer.body = "<html>this is no JSON</html>";
     answer.contentType = "text/html";
+    return answer;
+}
+
+HttpAnswer withStatusOfSuccess(HttpAnswer answer, int status)
+{
+    if (answer.status == 200) {
+        answer.status = status;
+    }
+    return answer;
+}
+
+HttpAnswer cutOff(HttpAnswer answer)
+{
+    answer.missingBytes = static_cast<int>(answer.body.size() + 1) / 2;
+    answer.ending = HttpAnswer::Ending::CutOff;
     return answer;
 }
 } // namespace
@@ -39,6 +56,31 @@ ServerFault ServerFault::withBodyThatIsNoJson()
     return {Kind::NoJson, 0, 0};
 }
 
+ServerFault ServerFault::withResetConnection()
+{
+    return {Kind::ResetConnection, 0, 0};
+}
+
+ServerFault ServerFault::withOtherSuccess(int status)
+{
+    return {Kind::OtherSuccess, status, 0};
+}
+
+ServerFault ServerFault::withEmptyBody()
+{
+    return {Kind::EmptyBody, 0, 0};
+}
+
+ServerFault ServerFault::withLargeBody()
+{
+    return {Kind::LargeBody, 0, 0};
+}
+
+ServerFault ServerFault::withCutOffBody()
+{
+    return {Kind::CutOffBody, 0, 0};
+}
+
 HttpAnswer ServerFault::answer(const std::function<HttpAnswer()> &ordinary) const
 {
     HttpAnswer answer;
@@ -55,6 +97,23 @@ HttpAnswer ServerFault::answer(const std::function<HttpAnswer()> &ordinary) cons
     case Kind::NoJson:
         ordinary();
         answer = noJson();
+        break;
+    case Kind::ResetConnection:
+        answer = HttpAnswer::nothing(HttpAnswer::Ending::Reset);
+        break;
+    case Kind::OtherSuccess:
+        answer = withStatusOfSuccess(ordinary(), status);
+        break;
+    case Kind::EmptyBody:
+        answer = ordinary();
+        answer.body.clear();
+        break;
+    case Kind::LargeBody:
+        answer = ordinary();
+        answer.body += QByteArray(megabyte, ' ');
+        break;
+    case Kind::CutOffBody:
+        answer = cutOff(ordinary());
         break;
     }
     answer.delayMs = delayMs;

@@ -14,7 +14,17 @@ struct ServerFault {
         /// Close the connection, without doing what was asked.
         ClosedConnection,
         /// Do what was asked, and answer 200 with a body that is no JSON.
-        NoJson
+        NoJson,
+        /// Reset the connection, without doing what was asked.
+        ResetConnection,
+        /// The four that follow do what was asked. A success is answered with the status.
+        OtherSuccess,
+        /// The body is left out.
+        EmptyBody,
+        /// The body goes on with a megabyte of spaces, which JSON allows.
+        LargeBody,
+        /// The second half of the body never comes, and the connection is closed.
+        CutOffBody
     };
 
     Kind kind = Kind::Delay;
@@ -25,6 +35,11 @@ struct ServerFault {
     static ServerFault withDelay(int delayMs);
     static ServerFault withClosedConnection();
     static ServerFault withBodyThatIsNoJson();
+    static ServerFault withResetConnection();
+    static ServerFault withOtherSuccess(int status);
+    static ServerFault withEmptyBody();
+    static ServerFault withLargeBody();
+    static ServerFault withCutOffBody();
 
     /// What this fault makes of an answer. @p ordinary does what was asked, and is called only if the fault
     /// lets that be done.
