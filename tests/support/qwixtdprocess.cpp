@@ -139,6 +139,13 @@ QList<QByteArray> QwixtdProcess::errorLines()
     return lines;
 }
 
+QList<QByteArray> QwixtdProcess::takeErrorLines()
+{
+    const QList<QByteArray> lines = errorLines();
+    standardError.remove(0, standardError.lastIndexOf('\n') + 1);
+    return lines;
+}
+
 QByteArray QwixtdProcess::output()
 {
     collect();

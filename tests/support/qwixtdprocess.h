@@ -37,6 +37,8 @@ public:
 
     /// What the daemon wrote to standard error so far, by lines; a last line that is not ended is left out.
     QList<QByteArray> errorLines();
+    /// Those lines, once: what this returns is in no later answer of any of these functions.
+    QList<QByteArray> takeErrorLines();
     /// All that the daemon wrote so far, to standard output and standard error.
     QByteArray output();
 
