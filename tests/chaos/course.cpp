@@ -11,7 +11,7 @@ namespace
 {
 constexpr int quickPollMs = 3;
 constexpr int startTimeoutMs = 30000;
-constexpr int calmTimeoutMs = 60000;
+constexpr int calmTimeoutMs = 30000;
 // A retry that waits when the calm begins has come by then.
 constexpr int longerThanARetryMs = 6500;
 constexpr int refusingMs = 2500;
@@ -167,7 +167,10 @@ QStringList Course::measure()
     QStringList wrong = workSteadily(steadyRounds);
     const Figures before = Figures::of(world.daemon());
     wrong += workSteadily(steadyRounds);
-    world.note(QStringLiteral("chaos   answers within %1 ms").arg(answerMs));
+    world.note(QStringLiteral("chaos   answers within %1 ms; %2 KB, then %3 KB")
+                   .arg(answerMs)
+                   .arg(before.memoryKb)
+                   .arg(last.memoryKb));
     const qint64 bytesEach = (last.memoryKb - before.memoryKb - slackKb) * 1024 / (2 * steadyRounds);
     if (isMemoryOurs && bytesEach > bytesOfARequest) {
         wrong.append(QStringLiteral("memory grows by more than %1 bytes a request").arg(bytesEach));

@@ -1,10 +1,11 @@
 #include "frontserver.h"
 
+#include "lastingport.h"
+
 #include <QElapsedTimer>
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTcpServer>
 #include <QTcpSocket>
 
 namespace
@@ -47,12 +48,6 @@ http {
 }
 )";
 
-quint16 freePort()
-{
-    QTcpServer probe;
-    return probe.listen(QHostAddress::LocalHost) ? probe.serverPort() : quint16(0);
-}
-
 qint64 milliseconds(const QJsonValue &seconds)
 {
     return qRound64(seconds.toString().toDouble() * 1000);
@@ -79,7 +74,7 @@ FrontRun runOf(const QByteArray &line)
 FrontServer::FrontServer(const QString &directory_, const QString &certificate, const QString &key,
                          quint16 backendPort)
     : directory(directory_)
-    , boundPort(freePort())
+    , boundPort(LastingPort::find())
 {
     QFile file(directory.filePath(QStringLiteral("nginx.conf")));
     if (!file.open(QIODevice::WriteOnly)) {

@@ -10,7 +10,7 @@
 namespace
 {
 // A retry comes 5 s after the failure; the front server's clock is read a little before what it stands for.
-constexpr int earliestRetryMs = 4950;
+constexpr int earliestRetryMs = 4900;
 // The daemon may read an answer so long after it was sent, because a device service hangs.
 constexpr int latestReadMs = 6000;
 // So long after a transfer the daemon's report of it is read at the latest.
@@ -121,8 +121,8 @@ int Oracle::possibleEnds(const QByteArray &request) const
         std::count_if(all.cbegin(), all.cend(), [](const Run &run) { return run.outcome != Run::Failed; }));
 }
 
-// A widget's deletion makes the daemon ask for its applications' without naming a type; and without an app id, when
-// the server has not said one.
+// A widget's deletion makes the daemon ask for its applications' without naming a type; and without an app
+// id, when the server has not said one.
 int Oracle::timesAllowed(const QByteArray &request) const
 {
     Run run;

@@ -1,6 +1,7 @@
 #include "world.h"
 
 #include "certificates.h"
+#include "lastingport.h"
 
 namespace
 {
@@ -44,7 +45,7 @@ bool World::start()
     simulator->setApiKeyQuietly(apiKey);
     simulator->daemon().setRemoteId(deviceId);
     simulator->daemon().setSerial(QStringLiteral("serial-1"));
-    if (!simulator->server().start() || !simulator->watcher().start()) {
+    if (!simulator->server().start(LastingPort::find()) || !simulator->watcher().start()) {
         return false;
     }
     follow();
