@@ -92,7 +92,7 @@ void World::follow()
             });
     connect(&simulator->server(), &HttpServer::answered, this, [this](const HttpRequest &request) {
         book.serverSaw(request, "Basic " + (":" + apiKey.toUtf8()).toBase64());
-        if (request.method == "GET" && request.status == 200) {
+        if (request.method == "GET" && request.status >= 200 && request.status <= 299) {
             lastList = request.answerBody;
         }
         simulator->server().clearRequests();
