@@ -21,11 +21,7 @@ while [ $# -gt 0 ]; do
 done
 
 # Debian's nginx starts a service of its own when it is installed; nothing here uses that.
-packages=("${PACKAGES[@]}" nginx)
-if [ "$preset" = qt6 ]; then
-    packages+=(qt6-base-dev)
-fi
-install_packages "${packages[@]}"
+install_packages_of "$preset" nginx
 require_tests "$preset"
 require_sandbox
 build "$preset" qwixtd_chaos

@@ -114,6 +114,15 @@ Run this once as root, or install them: apt-get install ${missing[*]}"
         die "apt-get could not install: ${missing[*]}"
 }
 
+# install_packages_of PRESET [PACKAGE...]: installs what building and testing the preset needs, and the further packages.
+install_packages_of() {
+    local packages=("${PACKAGES[@]}" "${@:2}")
+    if [ "$1" = qt5 ]; then
+        packages+=(qtbase5-dev)
+    fi
+    install_packages "${packages[@]}"
+}
+
 # require_tests PRESET: ends the script when the preset is none, or has no tests.
 require_tests() {
     local presets

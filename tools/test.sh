@@ -10,11 +10,7 @@ if [ $# -gt 0 ] && [ "${1#-}" = "$1" ]; then
     shift
 fi
 
-packages=("${PACKAGES[@]}")
-if [ "$preset" = qt5 ]; then
-    packages+=(qtbase5-dev)
-fi
-install_packages "${packages[@]}"
+install_packages_of "$preset"
 require_tests "$preset"
 require_sandbox
 build "$preset"
