@@ -6,7 +6,7 @@ ROOT=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 # What building, testing and the demo need, beyond what every Debian system has.
 # shellcheck disable=SC2034
 PACKAGES=(cmake ninja-build g++ pkg-config qt6-base-dev libdbus-1-dev libcurl4-openssl-dev
-          libedit-dev openssl dbus bubblewrap ca-certificates)
+          libedit-dev libseccomp-dev openssl dbus bubblewrap ca-certificates systemd)
 
 say() {
     printf '%s\n' "$*"

@@ -73,7 +73,8 @@ void TestInstalledComponents::component_holdsItsFilesAlone_data()
     QTest::addColumn<QString>("component");
     QTest::addColumn<QStringList>("expected");
     QTest::newRow("daemon") << QStringLiteral("qwixtd")
-                            << in(binaries, "qwixtd") + in(data, "dbus-1/system.d/com.qwixtd.conf");
+                            << in(binaries, "qwixtd") + in(data, "dbus-1/system.d/com.qwixtd.conf") +
+                                   QStringList{QStringLiteral("lib/systemd/system/qwixtd.service")};
 #ifdef WITH_SIMULATOR
     QTest::newRow("simulator") << QStringLiteral("simulator") << in(binaries, "qwixt-devicesim");
 #endif

@@ -17,10 +17,20 @@ InstalledTree::InstalledTree()
 
 QString InstalledTree::program() const
 {
-    return prefix.filePath(QStringLiteral(INSTALL_BINDIR "/qwixtd"));
+    return below(INSTALL_BINDIR "/qwixtd");
 }
 
 QString InstalledTree::busPolicies() const
 {
-    return prefix.filePath(QStringLiteral(INSTALL_DATADIR "/dbus-1/system.d"));
+    return below(INSTALL_DATADIR "/dbus-1/system.d");
+}
+
+QString InstalledTree::serviceUnit() const
+{
+    return below("lib/systemd/system/qwixtd.service");
+}
+
+QString InstalledTree::below(const char *path) const
+{
+    return prefix.filePath(QString::fromLatin1(path));
 }

@@ -14,7 +14,10 @@ public:
     QString program() const;
     /// The directory of the bus policy.
     QString busPolicies() const;
+    QString serviceUnit() const;
 
 private:
+    QString below(const char *path) const;
+
     QTemporaryDir prefix;
 };

@@ -61,6 +61,11 @@ void QwixtdProcess::setEnvironment(const QString &name, const QString &value)
     }
 }
 
+void QwixtdProcess::setSandbox(const QStringList &arguments)
+{
+    sandbox = arguments;
+}
+
 bool QwixtdProcess::start(const QString &busAddress, const QString &serverHost)
 {
     daemonId = 0;
@@ -70,10 +75,12 @@ bool QwixtdProcess::start(const QString &busAddress, const QString &serverHost)
     setEnvironment(QStringLiteral("QWIXTD_SERVER_HOST"), serverHost);
     process.setProcessEnvironment(environment);
     process.start(QStringLiteral("setpriv"),
-                  {QStringLiteral("--pdeathsig"), QStringLiteral("KILL"), QStringLiteral("bwrap"),
-                   QStringLiteral("--dev-bind"), QStringLiteral("/"), QStringLiteral("/"),
-                   QStringLiteral("--die-with-parent"), QStringLiteral("--bind"), bundlePath,
-                   QStringLiteral("/etc/ssl/certs/ca-certificates.crt"), program});
+                  QStringList{QStringLiteral("--pdeathsig"), QStringLiteral("KILL"), QStringLiteral("bwrap"),
+                              QStringLiteral("--dev-bind"), QStringLiteral("/"), QStringLiteral("/"),
+                              QStringLiteral("--die-with-parent")} +
+                      sandbox +
+                      QStringList{QStringLiteral("--bind"), bundlePath,
+                                  QStringLiteral("/etc/ssl/certs/ca-certificates.crt"), program});
     QElapsedTimer elapsed;
     elapsed.start();
     while (daemonId == 0 && elapsed.elapsed() < startTimeoutMs) {

@@ -4,6 +4,7 @@
 #include <QList>
 #include <QProcess>
 #include <QString>
+#include <QStringList>
 
 /// The real daemon, as a process that trusts the tests' authority and nobody else does: bubblewrap puts a
 /// certificate bundle over the system's for it alone. It ends with this object, and with the test program
@@ -18,6 +19,8 @@ public:
 
     /// For the next start(); an empty value removes the variable.
     void setEnvironment(const QString &name, const QString &value);
+    /// For the next start(): further arguments of bubblewrap; the certificate bundle comes on top of them.
+    void setSandbox(const QStringList &arguments);
     /// Starts the daemon on a bus and against a server ("host:port"), and waits until the program runs.
     /// False, with a warning, when it does not come to that.
     bool start(const QString &busAddress, const QString &serverHost);
@@ -49,6 +52,7 @@ private:
     const QString program;
     const QString bundlePath;
     QProcessEnvironment environment;
+    QStringList sandbox;
     QProcess process;
     qint64 daemonId = 0;
     QByteArray standardOutput;
