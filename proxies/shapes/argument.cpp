@@ -74,10 +74,10 @@ int nestingOfElements(const QDBusArgument &reader)
 
 int nestingOfEntries(const QDBusArgument &reader)
 {
-    int deepest = 0;
+    int deepest = 0; // an empty map is an array without an entry
     while (!reader.atEnd()) {
         reader.beginMapEntry();
-        deepest = std::max(deepest, nestingOfElements(reader));
+        deepest = std::max(deepest, 1 + nestingOfElements(reader));
         reader.endMapEntry();
     }
     return deepest;
@@ -94,7 +94,7 @@ int nestingOf(const QDBusArgument &argument)
     switch (reader.currentType()) {
     case QDBusArgument::MapType:
         reader.beginMap();
-        nesting = 2 + nestingOfEntries(reader);
+        nesting = 1 + nestingOfEntries(reader);
         reader.endMap();
         break;
     case QDBusArgument::ArrayType:

@@ -194,6 +194,7 @@ QVariantMap receivedNests()
     qDBusRegisterMetaType<Loose>();
     return {{QStringLiteral("nest of maps"), nestedMaps(19)},
             {QStringLiteral("nest of lists"), nestedLists(28)},
+            {QStringLiteral("nest around an empty map"), nestedLists(28, QVariantMap())},
             {QStringLiteral("nest of structures"), nestedStructures(28)}};
 }
 
@@ -293,9 +294,9 @@ QVariant nestedMaps(int levels)
     return levels == 0 ? QVariant(7) : QVariant(QVariantMap{{a, nestedMaps(levels - 1)}});
 }
 
-QVariant nestedLists(int levels)
+QVariant nestedLists(int levels, const QVariant &innermost)
 {
-    return levels == 0 ? QVariant(7) : QVariant(QVariantList{nestedLists(levels - 1)});
+    return levels == 0 ? innermost : QVariant(QVariantList{nestedLists(levels - 1, innermost)});
 }
 
 QVariant nestedStructures(int levels)

@@ -31,8 +31,9 @@ std::vector<AwkwardValue> awkwardValues(const QVariantMap &received);
 /// copy of this one stays until the end.
 QVariant kept(const QDBusArgument &argument);
 
-/// Maps, lists, structures of one variant, or variants of @p levels, one in the other, around the number 7.
+/// Maps, lists, structures of one variant, or variants of @p levels, one in the other, around the number 7 or
+/// what is given.
 QVariant nestedMaps(int levels);
-QVariant nestedLists(int levels);
+QVariant nestedLists(int levels, const QVariant &innermost = 7);
 QVariant nestedStructures(int levels);
 QVariant nestedVariants(int levels);

@@ -271,6 +271,7 @@ void TestProxyArguments::nestedValue_isCutWhereItIsTooDeep_data()
     row("received lists", "nest of lists", 0, Position::Top, lists(28, seven));
     row("received lists in a map", "nest of lists", 0, Position::InMap, QString());
     row("received lists in a list", "nest of lists", 0, Position::InList, QString());
+    row("received lists around an empty map", "nest around an empty map", 0, Position::Top, lists(28, "{}"));
     row("received structures", "nest of structures", 0, Position::Top,
         repeated("(", 28) + QLatin1String(seven) + repeated(")", 28));
     row("received structures in a map", "nest of structures", 0, Position::InMap, QString());
