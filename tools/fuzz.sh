@@ -60,7 +60,7 @@ trap 'rm -rf "$TMPDIR"' EXIT
 # Runs one fuzzer, its words into a file. Short stacks of allocations make it faster; a replay shows whole ones.
 run() {
     local fuzzer=$1
-    local arguments=("-max_len=$longestInput" "-timeout=$secondsPerInput" -print_final_stats=1
+    local arguments=("-max_len=$longestInput" -len_control=10 "-timeout=$secondsPerInput" -print_final_stats=1
         "-artifact_prefix=$output/findings/$fuzzer-")
     [ -z "$seconds" ] || arguments+=("-max_total_time=$seconds")
     [ -z "$runs" ] || arguments+=("-runs=$runs")

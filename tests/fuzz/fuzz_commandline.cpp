@@ -176,22 +176,28 @@ QString takeLine(FuzzedDataProvider &input)
     return quotedLine(QStringList{QLatin1String(command.name)} + takeWords(input, count));
 }
 
+void beginAnew(DeviceSimulator &simulator)
+{
+    simulator.server().removeAllApplications();
+    simulator.server().clearFaults();
+    simulator.setApiKeyQuietly(QStringLiteral("secret"));
+    simulator.daemon().setRemoteId(QStringLiteral("d9"));
+    simulator.widgetManager().setWidgetsQuietly({});
+    QCoreApplication::processEvents();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
 void checkLines(FuzzedDataProvider &input)
 {
     // One for all inputs: making one starts threads.
     static DeviceSimulator simulator(QStringLiteral("unix:path=/dev/null"));
     static CommandInterpreter interpreter(simulator);
-    simulator.server().removeAllApplications();
-    simulator.server().clearFaults();
-    simulator.widgetManager().setWidgetsQuietly({});
-
     Model model;
     const int count = input.ConsumeIntegralInRange<int>(1, mostLines);
     for (int i = 0; i < count; ++i) {
         execute(simulator, interpreter, model, takeLine(input));
     }
-    QCoreApplication::processEvents();
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    beginAnew(simulator);
 }
 
 } // namespace

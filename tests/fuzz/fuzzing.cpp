@@ -31,7 +31,10 @@ void require(bool holds, const char *what)
 
 void requireEqual(const QString &is, const QString &mustBe, const char *what)
 {
-    requireEqual(is.toUtf8(), mustBe.toUtf8(), what);
+    if (is != mustBe) {
+        requireEqual(is.toUtf8(), mustBe.toUtf8(), what);
+        end(what, " (in UTF-8 they are equal)");
+    }
 }
 
 void requireEqual(const QByteArray &is, const QByteArray &mustBe, const char *what)
@@ -44,7 +47,9 @@ void requireEqual(const QByteArray &is, const QByteArray &mustBe, const char *wh
 
 void requireEqual(qint64 is, qint64 mustBe, const char *what)
 {
-    requireEqual(QByteArray::number(is), QByteArray::number(mustBe), what);
+    if (is != mustBe) {
+        requireEqual(QByteArray::number(is), QByteArray::number(mustBe), what);
+    }
 }
 
 void stayOffTheBus()
