@@ -73,7 +73,7 @@ QStringList Oracle::complaintsAbout(const ServerApplication &application, const 
     const KnownApplication known = applications.value(application.appId);
     QString name = known.name;
     QString type = known.type;
-    bool isDeletionRefused = false;
+    bool isDeletionInVain = false;
     for (const Run &run : runs) {
         if (run.field("app_id") != application.appId) {
             continue;
@@ -82,9 +82,11 @@ QStringList Oracle::complaintsAbout(const ServerApplication &application, const 
             name = run.field("name");
             type = run.field("type");
         }
-        isDeletionRefused = isDeletionRefused || (run.method() == "DELETE" && run.outcome == Run::GivenUp);
+        // Given up, or taken for done: the server said that there is no such application.
+        const bool isEndOfDeletion = run.method() == "DELETE" && run.outcome != Run::Failed;
+        isDeletionInVain = isDeletionInVain || (isEndOfDeletion && !run.isCarriedOut);
     }
-    if (known.isToGo && !isDeletionRefused) {
+    if (known.isToGo && !isDeletionInVain) {
         lines.append(QStringLiteral("still on the server: ") + textOf(application));
     }
     if (application.identifier != known.identifier || application.name != name || application.type != type) {
