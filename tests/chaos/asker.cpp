@@ -76,6 +76,11 @@ void Asker::askAgain()
     }
 }
 
+void Asker::forget()
+{
+    lastAsks.clear();
+}
+
 void Asker::askOneOfEach()
 {
     askToRegister();

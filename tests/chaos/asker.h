@@ -25,6 +25,8 @@ public:
     void askToDelete();
     /// Word for word what was asked a short while ago.
     void askAgain();
+    /// What was asked so far is not asked again.
+    void forget();
     void askOneOfEach();
     void createWidget();
     void deleteWidget();
