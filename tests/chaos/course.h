@@ -34,6 +34,7 @@ private:
     /// The same work again and again, one request at a time.
     QStringList workSteadily(int rounds);
     qint64 latencyUnderWork();
+    qint64 growth(QStringList &wrong);
     QStringList measure();
     QStringList end();
 

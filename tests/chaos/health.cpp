@@ -9,9 +9,6 @@
 #include <QEventLoop>
 #include <QUuid>
 
-#include <algorithm>
-#include <vector>
-
 Figures Figures::of(const QwixtdProcess &daemon)
 {
     const QDir descriptors(QStringLiteral("/proc/%1/fd").arg(daemon.processId()));
@@ -34,19 +31,6 @@ Latency::Latency(const QString &busAddress)
 Latency::~Latency()
 {
     QDBusConnection::disconnectFromBus(name);
-}
-
-qint64 Latency::median(int count)
-{
-    std::vector<qint64> times;
-    for (int i = 0; i < count; ++i) {
-        times.push_back(call());
-        if (times.back() < 0) {
-            return -1;
-        }
-    }
-    std::sort(times.begin(), times.end());
-    return times.at(times.size() / 2);
 }
 
 qint64 Latency::call()

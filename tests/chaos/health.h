@@ -23,14 +23,11 @@ public:
     ~Latency();
     Q_DISABLE_COPY(Latency)
 
-    /// The middle one of @p count calls made one after the other, in milliseconds; -1 when one was not
-    /// answered. The middle one, because any single call may have to wait for other programs of the machine.
-    /// This thread's event loop runs meanwhile.
-    qint64 median(int count);
-
-private:
+    /// The time of one call in milliseconds; -1 when it was not answered. This thread's event loop runs
+    /// meanwhile.
     qint64 call();
 
+private:
     const QString name;
     QDBusConnection bus;
 };
