@@ -91,7 +91,7 @@ QStringList Course::storm(int milliseconds)
 {
     ++storms;
     weather.begin();
-    waitUntil([] { return false; }, milliseconds);
+    pass(milliseconds);
     weather.end();
     weather.endDoubts();
     refuseAll();
@@ -105,7 +105,7 @@ void Course::refuseAll()
     world.note(QStringLiteral("chaos   the server refuses everything"));
     world.device().server().failAlways(ServerFault::withStatus(503));
     asker.askOneOfEach();
-    waitUntil([] { return false; }, refusingMs);
+    pass(refusingMs);
     asker.askOneOfEach();
     world.device().server().clearFaults();
     world.note(QStringLiteral("chaos   calm"));
@@ -114,7 +114,7 @@ void Course::refuseAll()
 QStringList Course::calm()
 {
     waitUntil([this] { return world.isReady() && stillOpen().isEmpty(); }, calmTimeoutMs);
-    waitUntil([] { return false; }, longerThanARetryMs);
+    pass(longerThanARetryMs);
     const Oracle oracle(world.ledger(), world.applications());
     QStringList wrong = wrongs() + oracle.open() +
                         oracle.complaintsAboutList(world.device().server().applications(), World::deviceId);
@@ -225,6 +225,11 @@ QStringList Course::wrongs()
 {
     world.look();
     return world.complaints() + Oracle(world.ledger(), world.applications()).complaints();
+}
+
+void Course::pass(int milliseconds)
+{
+    waitUntil([] { return false; }, milliseconds);
 }
 
 bool Course::waitUntil(const std::function<bool()> &condition, int milliseconds, int every)

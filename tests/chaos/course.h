@@ -38,6 +38,7 @@ private:
     QStringList measure();
     QStringList end();
 
+    void pass(int milliseconds);
     /// False when the time is over, or the daemon has done what it must never do.
     bool waitUntil(const std::function<bool()> &condition, int milliseconds, int every = 100);
     QStringList wrongs();
