@@ -216,7 +216,7 @@ void TestProxyArguments::awkwardValue_leavesNoMemoryBehind()
     for (const QVariant &nest : nests) {
         values.push_back({"nest", nest, "itself"});
     }
-    QCOMPARE(nests.size(), 3);
+    QCOMPARE(nests.size(), 4);
 
     for (const AwkwardValue &each : values) {
         QVariantMap sent;

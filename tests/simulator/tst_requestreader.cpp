@@ -4,8 +4,8 @@
 
 namespace
 {
-const QByteArray get = "GET /a?b=c HTTP/1.1\r\nHost: h\r\nX-B:  b \r\nx-b: again\r\n\r\n";
-const QByteArray put = "PUT /p HTTP/1.1\r\nContent-Length: 5\r\n\r\n\r\n\r\n!";
+const QByteArray getRequest = "GET /a?b=c HTTP/1.1\r\nHost: h\r\nX-B:  b \r\nx-b: again\r\n\r\n";
+const QByteArray putRequest = "PUT /p HTTP/1.1\r\nContent-Length: 5\r\n\r\n\r\n\r\n!";
 } // namespace
 
 class TestRequestReader : public QObject
@@ -27,7 +27,7 @@ void TestRequestReader::request_isTakenApart()
 {
     RequestReader reader;
 
-    reader.add(get);
+    reader.add(getRequest);
     const std::optional<HttpRequest> request = reader.take();
 
     QVERIFY(request.has_value());
@@ -38,15 +38,15 @@ void TestRequestReader::request_isTakenApart()
     QCOMPARE(request->header("X-b"), QByteArray("b"));
     QCOMPARE(request->firstLine(), QByteArray("GET /a?b=c HTTP/1.1"));
     QCOMPARE(request->body, QByteArray());
-    QCOMPARE(request->bytes, get);
+    QCOMPARE(request->bytes, getRequest);
 }
 
 void TestRequestReader::request_isWholeAtItsLastByte_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QByteArray>("body");
-    QTest::newRow("without a body") << get << QByteArray();
-    QTest::newRow("with a body that looks like the end of a head") << put << QByteArray("\r\n\r\n!");
+    QTest::newRow("without a body") << getRequest << QByteArray();
+    QTest::newRow("with a body that looks like the end of a head") << putRequest << QByteArray("\r\n\r\n!");
     QTest::newRow("length in another case")
         << QByteArray("POST / HTTP/1.1\r\ncontent-length:3\r\n\r\nabc") << QByteArray("abc");
     QTest::newRow("length 0") << QByteArray("POST / HTTP/1.1\r\nContent-Length: 0\r\n\r\n") << QByteArray();
@@ -75,7 +75,7 @@ void TestRequestReader::requestsBehindEachOther_areParted()
 {
     RequestReader reader;
 
-    reader.add(put + get);
+    reader.add(putRequest + getRequest);
     const std::optional<HttpRequest> first = reader.take();
     const std::optional<HttpRequest> second = reader.take();
     const std::optional<HttpRequest> third = reader.take();
@@ -90,11 +90,11 @@ void TestRequestReader::bytes_areAllThatHadCome()
 {
     RequestReader reader;
 
-    reader.add(put + "too much");
+    reader.add(putRequest + "too much");
     const std::optional<HttpRequest> request = reader.take();
 
     QCOMPARE(request->body, QByteArray("\r\n\r\n!"));
-    QCOMPARE(request->bytes, put + "too much");
+    QCOMPARE(request->bytes, putRequest + "too much");
 }
 
 // The sum of the two sizes went over the largest number, and the request was taken at once.
@@ -140,7 +140,7 @@ void TestRequestReader::whatIsNoRequest_isMalformed()
     QVERIFY(!request.has_value());
     QVERIFY(reader.isMalformed());
     // Nor does what follows make it good.
-    reader.add(get);
+    reader.add(getRequest);
     QVERIFY(!reader.take().has_value());
 }
 
