@@ -18,14 +18,25 @@ DBusHandlerResult filter(DBusConnection * /*connection*/, DBusMessage *message, 
 
 // Qt takes no notice of that signal before the main event loop runs: until then a call that waits for its
 // reply when the bus goes away waits without end. So the library below Qt is asked.
-void watchBus(const QDBusConnection &connection, void (*lost)())
+BusWatch::BusWatch(const QDBusConnection &connection, void (*lost)())
+    : watched(static_cast<DBusConnection *>(connection.internalPointer()))
+    , whenLost(lost)
 {
-    auto *const busConnection = static_cast<DBusConnection *>(connection.internalPointer());
-    if (busConnection == nullptr) {
+    if (watched == nullptr) {
         return;
     }
-    dbus_connection_add_filter(busConnection, filter, reinterpret_cast<void *>(lost), nullptr);
-    if (!dbus_connection_get_is_connected(busConnection)) {
+    dbus_connection_ref(watched);
+    dbus_connection_add_filter(watched, filter, reinterpret_cast<void *>(lost), nullptr);
+    if (!dbus_connection_get_is_connected(watched)) {
         lost(); // the signal may have gone by
     }
+}
+
+BusWatch::~BusWatch()
+{
+    if (watched == nullptr) {
+        return;
+    }
+    dbus_connection_remove_filter(watched, filter, reinterpret_cast<void *>(whenLost));
+    dbus_connection_unref(watched);
 }

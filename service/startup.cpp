@@ -33,7 +33,7 @@ int runDaemon(QCoreApplication &application)
 {
     logSetTag("QWIXTD");
     QDBusConnection bus = QDBusConnection::systemBus();
-    watchBus(bus, busWasLost);
+    const BusWatch watch(bus, busWasLost);
     if (!bus.registerService(QStringLiteral("com.qwixtd"))) {
         logWarning("QWIXTD: failed to register dbus service %s", qPrintable(bus.lastError().message()));
         return -1;

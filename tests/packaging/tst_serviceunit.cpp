@@ -86,6 +86,7 @@ void TestServiceUnit::setting_isAsTheDaemonNeedsIt_data()
         << "Service/EnvironmentFile"_text << QStringList{"-/etc/default/qwixtd"_text};
     QTest::newRow("no secrets in files")
         << "Service/UnsetEnvironment"_text << QStringList{"QDBUS_DEBUG"_text, "SSLKEYLOGFILE"_text};
+    QTest::newRow("a locale of UTF-8") << "Service/Environment"_text << QStringList{"LC_ALL=C.UTF-8"_text};
     QTest::newRow("refused calls fail") << "Service/SystemCallErrorNumber"_text << QStringList{"EPERM"_text};
     QTest::newRow("started with the system")
         << "Install/WantedBy"_text << QStringList{"multi-user.target"_text};

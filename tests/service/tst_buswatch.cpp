@@ -20,6 +20,7 @@ private Q_SLOTS:
     void busLostBeforeTheWatch_isReportedAtOnce();
     void busThere_isNotReported();
     void busNeverThere_isNotReported();
+    void busLostAfterTheWatch_isNotReported();
 
 private:
     QDBusConnection connect();
@@ -49,7 +50,7 @@ QDBusConnection TestBusWatch::connect()
 void TestBusWatch::busLostLater_isReportedWithoutTheEventLoop()
 {
     static QSemaphore reports;
-    watchBus(connect(), [] { reports.release(); });
+    const BusWatch watch(connect(), [] { reports.release(); });
     QCOMPARE(reports.available(), 0);
 
     bus->stop();
@@ -65,7 +66,7 @@ void TestBusWatch::busLostBeforeTheWatch_isReportedAtOnce()
     bus->stop();
     QTRY_VERIFY_WITH_TIMEOUT(!connection.isConnected(), patienceMs);
 
-    watchBus(connection, [] { reports.release(); });
+    const BusWatch watch(connection, [] { reports.release(); });
 
     QVERIFY(reports.available() >= 1);
 }
@@ -76,7 +77,7 @@ void TestBusWatch::busThere_isNotReported()
     const QDBusConnection connection = connect();
     QVERIFY(connection.isConnected());
 
-    watchBus(connection, [] { reports.release(); });
+    const BusWatch watch(connection, [] { reports.release(); });
 
     QVERIFY(!reports.tryAcquire(1, graceMs));
     QVERIFY(connection.isConnected());
@@ -89,8 +90,22 @@ void TestBusWatch::busNeverThere_isNotReported()
     const QDBusConnection connection = connect();
     QVERIFY(!connection.isConnected());
 
-    watchBus(connection, [] { reports.release(); });
+    const BusWatch watch(connection, [] { reports.release(); });
 
+    QVERIFY(!reports.tryAcquire(1, graceMs));
+}
+
+void TestBusWatch::busLostAfterTheWatch_isNotReported()
+{
+    static QSemaphore reports;
+    const QDBusConnection connection = connect();
+    {
+        const BusWatch watch(connection, [] { reports.release(); });
+    }
+
+    bus->stop();
+
+    QTRY_VERIFY_WITH_TIMEOUT(!connection.isConnected(), patienceMs);
     QVERIFY(!reports.tryAcquire(1, graceMs));
 }
 
