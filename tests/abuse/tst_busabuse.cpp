@@ -1,0 +1,140 @@
+#include "deviceundertest.h"
+
+#include <QDBusConnectionInterface>
+#include <QProcess>
+
+#include <algorithm>
+
+/// Callers that mean harm: everybody else is answered as if they were not there.
+class TestBusAbuse : public QObject
+{
+    Q_OBJECT
+private Q_SLOTS:
+    void flood_othersAreAnswered_data();
+    void flood_othersAreAnswered();
+};
+
+namespace
+{
+const auto daemonName = "com.qwixtd"_text;
+const auto emptyName = "com.qwixtd.empty"_text;
+constexpr int rounds = 3;
+constexpr double promptMs = 100;
+// Of two programs that take the same time, one may be unlucky on a busy machine.
+constexpr double luck = 4;
+
+// A program that answers calls of the daemon's interface at once, under a name of its own.
+class EmptyAdaptor
+{
+public:
+    explicit EmptyAdaptor(const QString &busAddress)
+    {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("DBUS_SYSTEM_BUS_ADDRESS"_text, busAddress);
+        process.setProcessEnvironment(environment);
+        process.start(QStringLiteral(EMPTY_ADAPTOR), {emptyName});
+    }
+    ~EmptyAdaptor()
+    {
+        process.kill();
+        process.waitForFinished();
+    }
+    Q_DISABLE_COPY(EmptyAdaptor)
+
+private:
+    QProcess process;
+};
+
+// Lets the test's own devices work, and reads what the daemon writes, which would wait for a reader
+// otherwise.
+bool waitForEnd(DeviceUnderTest &device, const QProcess &process)
+{
+    const auto hasEnded = [&] {
+        device.program().output();
+        return process.state() == QProcess::NotRunning;
+    };
+    return QTest::qWaitFor(hasEnded, DeviceUnderTest::patienceMs);
+}
+
+struct Flooded {
+    QByteArray answers;
+    int othersCalls = 0;
+    double slowestMs = 0;
+};
+
+// Floods a service, and meanwhile calls it as somebody else would.
+Flooded flood(DeviceUnderTest &device, const QString &service, const QStringList &arguments)
+{
+    QProcess bystander;
+    bystander.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    bystander.start(QStringLiteral(BYSTANDER), {device.bus().address(), service});
+    QProcess flooder;
+    flooder.setProcessChannelMode(QProcess::MergedChannels);
+    flooder.start(QStringLiteral(BUSFLOOD), QStringList{device.bus().address(), service} + arguments);
+    Flooded result;
+    if (!waitForEnd(device, flooder)) {
+        return result;
+    }
+    bystander.closeWriteChannel();
+    if (waitForEnd(device, bystander)) {
+        const QList<QByteArray> figures = bystander.readAll().simplified().split(' ');
+        result = {flooder.readAll(), figures.value(0).toInt(), figures.value(2).toDouble() / 1000};
+    }
+    return result;
+}
+} // namespace
+
+void TestBusAbuse::flood_othersAreAnswered_data()
+{
+    QTest::addColumn<bool>("isOnline");
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<int>("callsOfEach");
+    QTest::addColumn<QByteArray>("answers");
+
+    const QByteArray errors = "org.freedesktop.DBus.Error.";
+    QTest::newRow("new widgets, offline")
+        << false << "register"_text << 200 << QByteArray("10000 answered\n");
+    QTest::newRow("new widgets, online") << true << "register"_text << 20 << QByteArray("1000 answered\n");
+    QTest::newRow("names of 1 MB") << false << "large"_text << 1 << QByteArray("50 answered\n");
+    QTest::newRow("wrong signature") << false << "signature"_text << 40
+                                     << QByteArray("2000 " + errors + "UnknownMethod\n");
+    QTest::newRow("unknown member") << false << "member"_text << 40
+                                    << QByteArray("2000 " + errors + "UnknownMethod\n");
+    QTest::newRow("unknown interface")
+        << false << "interface"_text << 40 << QByteArray("2000 " + errors + "UnknownInterface\n");
+    QTest::newRow("gone before the answer") << false << "leave"_text << 100 << QByteArray();
+}
+
+// The bound is the machine's: what the bus and its library alone take for the same flood, when that is more
+// than it should be.
+void TestBusAbuse::flood_othersAreAnswered()
+{
+    QFETCH(bool, isOnline);
+    QFETCH(QString, kind);
+    QFETCH(int, callsOfEach);
+    QFETCH(QByteArray, answers);
+    DeviceUnderTest device;
+    QVERIFY(device.startAll());
+    QVERIFY(device.setInternetAvailable(isOnline));
+    const EmptyAdaptor empty(device.bus().address());
+    EVENTUALLY(device.connection().interface()->isServiceRegistered(emptyName));
+    const QStringList arguments = {kind, "50"_text, QString::number(callsOfEach)};
+
+    double slowestMs = 0;
+    double emptyMs = 0;
+    for (int i = 0; i < rounds; ++i) {
+        const Flooded reference = flood(device, emptyName, arguments);
+        const Flooded flooded = flood(device, daemonName, arguments);
+        QCOMPARE(reference.answers, answers);
+        QCOMPARE(flooded.answers, answers);
+        QVERIFY(reference.othersCalls > 0 && flooded.othersCalls > 0);
+        emptyMs += reference.slowestMs / rounds;
+        slowestMs += flooded.slowestMs / rounds;
+    }
+
+    qInfo("the slowest answer to others took %.1f ms, an empty adaptor's %.1f ms", slowestMs, emptyMs);
+    QVERIFY(slowestMs <= std::max(promptMs, luck * emptyMs));
+}
+
+QTEST_GUILESS_MAIN(TestBusAbuse)
+#include "tst_busabuse.moc"
