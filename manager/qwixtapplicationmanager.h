@@ -133,6 +133,7 @@ protected:
     QMap<RemoteTaskWithDescription *, QTimer *> retryTimers;
     QTimer *refreshTimer;
     PendingTasks pendingTasks; ///< waiting or running, in the order of arrival
+    bool queueWasLong = false; ///< since it was empty; its memory is then given back to the system
     QStringList installedWidgets;
     QString apiKey;
     QString serial;

@@ -14,11 +14,26 @@
 #include <chrono>
 #include <memory>
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 using namespace std::chrono_literals;
 
 namespace
 {
 constexpr auto retryDelay = 5s;
+constexpr int longQueue = 100;     // requests; each holds about 5 KB while it is under way
+constexpr auto disposalDelay = 1s; // the last task goes home and is deleted well within it
+
+/// The C library keeps what a long queue has used, piecemeal between blocks that are still in use, for as
+/// long as the process lives.
+void returnFreeMemory()
+{
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
+}
 } // namespace
 
 /// A task with the whole request for @p descr, owned by the caller; null for an unknown kind. The API key of
@@ -77,6 +92,7 @@ RemoteTaskWithDescription *QWixtApplicationManager::createStoredTask(const Remot
 bool QWixtApplicationManager::submit(const RemoteTaskDescription &descr)
 {
     pendingTasks.append(descr);
+    queueWasLong = queueWasLong || pendingTasks.size() >= longQueue;
     if (state != Ready) {
         return false;
     }
@@ -164,6 +180,10 @@ void QWixtApplicationManager::removeAllTasksFromWorker()
 void QWixtApplicationManager::dropRequest(const RemoteTaskDescription &descr)
 {
     pendingTasks.removeOne(descr);
+    if (queueWasLong && pendingTasks.isEmpty()) {
+        queueWasLong = false;
+        QTimer::singleShot(disposalDelay, this, returnFreeMemory);
+    }
     if (pendingTasks.contains(descr)) {
         return;
     }
