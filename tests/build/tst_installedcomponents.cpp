@@ -72,11 +72,17 @@ void TestInstalledComponents::component_holdsItsFilesAlone_data()
 {
     QTest::addColumn<QString>("component");
     QTest::addColumn<QStringList>("expected");
-    QTest::newRow("daemon") << QStringLiteral("qwixtd")
-                            << in(binaries, "qwixtd") + in(data, "dbus-1/system.d/com.qwixtd.conf") +
-                                   QStringList{QStringLiteral("lib/systemd/system/qwixtd.service")};
+    QTest::newRow("daemon")
+        << QStringLiteral("qwixtd")
+        << in(binaries, "qwixtd") +
+               in(data, "dbus-1/interfaces/com.vorlet.qwixtd.xml dbus-1/system.d/com.qwixtd.conf "
+                        "doc/qwixtd/examples/short-bundle.conf man/man8/qwixtd.8") +
+               QStringList{QStringLiteral("lib/systemd/system/qwixtd.service")};
 #ifdef WITH_SIMULATOR
-    QTest::newRow("simulator") << QStringLiteral("simulator") << in(binaries, "qwixt-devicesim");
+    QTest::newRow("simulator") << QStringLiteral("simulator")
+                               << in(binaries, "qwixt-devicesim") +
+                                      in(data, "doc/qwixt-devicesim/examples/make-certificates.sh "
+                                               "man/man1/qwixt-devicesim.1");
 #endif
 #ifdef SHARED_LIBRARY
     QTest::newRow("proxies, shared") << QStringLiteral("VorletProxies")
