@@ -32,7 +32,7 @@ constexpr int steadyParts = 3;
 constexpr int bytesOfARequest = 400;
 // What may be left of a long queue and of large answers; and of each request, for the daemon's records are
 // kept.
-constexpr int mostGrowthKb = 6 * 1024;
+constexpr int mostGrowthKb = 12 * 1024;
 constexpr int bytesOfARecord = 300;
 
 #ifdef QWIXTD_SANITIZED
