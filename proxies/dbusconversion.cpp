@@ -143,7 +143,7 @@ QVariantList parseDBusList(const QDBusArgument &argument)
     }
     forEachElement(argument, [&list](const QVariant &element) {
         if (isUndecodedArray(element)) {
-            // Flattened on purpose; the widget manager's clients read one level.
+            // Flattened on purpose: the widget manager's clients read one level.
             list += parseDBusValue(element).toList();
         } else {
             list.append(parseDBusValue(element));

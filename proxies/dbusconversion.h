@@ -13,7 +13,7 @@
 /// A QVariantMap for a map, a QVariantList for an array; otherwise invalid, with a debug line.
 QVariant convertDBusArgument(const QDBusArgument &argument);
 
-/// @p value with every container in it decoded and an object path turned into its text. String lists, byte
+/// @p value with every container in it decoded and an object path turned into its string. String lists, byte
 /// arrays and basic values come back as they are.
 QVariant convertDBusVariant(const QVariant &value);
 

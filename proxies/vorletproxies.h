@@ -10,7 +10,7 @@
 ///     device.connectNameChanged(&label, SLOT(setText(QString))); // the slot takes what the signal carries
 ///
 /// Calls. QDBus::Block waits for the reply, by default up to 25 s; QDBus::NoBlock sends and returns at once, so that a
-/// getter called with it gives the empty value of its result. An error, too, gives the empty value; lastError() tells
+/// getter called with it gives the empty value of its result. An error, too, gives the empty value; lastError() shows
 /// the difference. A member that takes no mode and returns a QDBusPendingCall leaves the reply to the caller. Use a
 /// proxy from the thread that made it.
 ///

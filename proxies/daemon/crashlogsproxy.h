@@ -15,7 +15,7 @@ public:
 
     /// crashLogsList() -> as: the logs' names.
     [[nodiscard]] QStringList crashLogsList(QDBus::CallMode mode);
-    /// crashLogDirectory() -> s: the folder they lie in.
+    /// crashLogDirectory() -> s: the directory that they are in.
     [[nodiscard]] QString crashLogDirectory(QDBus::CallMode mode);
 };
 

@@ -13,11 +13,11 @@ class FilesystemProxy : public QDBusInterface
 public:
     FilesystemProxy(QObject *parent, const QDBusConnection &connection);
 
-    /// getWidgetsDir() -> s: the widgets' folder.
+    /// getWidgetsDir() -> s: the widgets' directory.
     [[nodiscard]] QString getWidgetsDir(QDBus::CallMode mode);
-    /// getAppsDir() -> s: the applications' folder.
+    /// getAppsDir() -> s: the applications' directory.
     [[nodiscard]] QString getAppsDir(QDBus::CallMode mode);
-    /// getDataDir() -> s: the folder for data.
+    /// getDataDir() -> s: the directory for data.
     [[nodiscard]] QString getDataDir(QDBus::CallMode mode);
     /// getDiskState() -> ay: a JSON object with "total_flash", "free_flash", "total_ram", "free_ram",
     /// each as a qlonglong.

@@ -42,9 +42,9 @@ public:
     void reset(QDBus::CallMode mode);
     /// powerOff(): switches the device off.
     void powerOff(QDBus::CallMode mode);
-    /// createOnFileSystemLogs(): writes the logs to files; logsCreated tells when they are there.
+    /// createOnFileSystemLogs(): writes the logs to files; logsCreated announces that they are there.
     void createOnFileSystemLogs(QDBus::CallMode mode);
-    /// createCrashesAndLogsArchive(): packs crashes and logs; archiveWithLogsAndCrashesCreate tells when they are there.
+    /// createCrashesAndLogsArchive(): packs crashes and logs; archiveWithLogsAndCrashesCreate announces the archive.
     void createCrashesAndLogsArchive(QDBus::CallMode mode);
     /// triggerCheckFirmwareUpdate(): has the device ask for newer firmware.
     void triggerCheckFirmwareUpdate(QDBus::CallMode mode);

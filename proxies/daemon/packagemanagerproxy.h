@@ -26,7 +26,7 @@ public:
     void deleteApp(const QString &appId, QDBus::CallMode mode);
     /// deleteApps(as): deletes several applications.
     void deleteApps(const QStringList &appIds, QDBus::CallMode mode);
-    /// flushStatus(): forgets what status() tells.
+    /// flushStatus(): clears what status() returns.
     void flushStatus(QDBus::CallMode mode);
     /// forceUpdateRepository(): reads the list of packages again now.
     void forceUpdateRepository(QDBus::CallMode mode);

@@ -27,7 +27,7 @@ public:
     /// setScreenSaverModeSettings(sa{sv}): the settings of one mode.
     void setScreenSaverModeSettings(const QString &saverMode, const QVariantMap &settings, QDBus::CallMode mode);
 
-    /// forceCheckActivator() -> b: looks now whether to start, and tells whether it did.
+    /// forceCheckActivator() -> b: checks now whether to start; true when it did.
     [[nodiscard]] bool forceCheckActivator(QDBus::CallMode mode);
     /// isSnoosed() -> b: whether it is put off; spelled so on the bus.
     [[nodiscard]] bool isSnoosed(QDBus::CallMode mode);

@@ -15,17 +15,17 @@ class GeneralProxy : public QDBusInterface
 public:
     GeneralProxy(QObject *parent, const QDBusConnection &connection);
 
-    /// subscribeOnApplicationUpdate(s): wants the updates of an application.
+    /// subscribeOnApplicationUpdate(s): asks for the updates of an application.
     void subscribeOnApplicationUpdate(const QString &appId, QDBus::CallMode mode);
-    /// unsubscribeOnApplicationUpdate(s): wants none of an application's updates any more.
+    /// unsubscribeOnApplicationUpdate(s): ends the updates of an application.
     void unsubscribeOnApplicationUpdate(const QString &appId, QDBus::CallMode mode);
-    /// unsubscribeOnApplicationUpdate(ss): wants no more updates of one channel.
+    /// unsubscribeOnApplicationUpdate(ss): ends the updates of one channel.
     void unsubscribeOnApplicationUpdate(const QString &appId, const QString &channel, QDBus::CallMode mode);
     /// sendDataToChannel(say): text, sent as UTF-8 in the interface's default mode, which waits for the reply.
     void sendDataToChannel(const QString &channel, const QString &text);
     /// The same for a literal: sendDataToChannel(channel, u"text").
     void sendDataToChannel(const QString &channel, const char16_t *text) { sendDataToChannel(channel, QString::fromUtf16(text)); }
-    /// subscribeOnChannelUpdate(s): wants the updates of a channel.
+    /// subscribeOnChannelUpdate(s): asks for the updates of a channel.
     void subscribeOnChannelUpdate(const QString &channel, QDBus::CallMode mode);
 
     /// sendDataToChannel(say): any bytes.

@@ -133,23 +133,24 @@ bool fits(const QDBusArgument &argument, int room)
 }
 
 // What the bus library refuses when it is empty or closed: path, signature, descriptor.
-bool isRefusedWhenBlank(const QByteArray &signature) { return signature.contains('o') || signature.contains('g') || signature.contains('h'); }
+bool isRefusedWhenEmpty(const QByteArray &signature) { return signature.contains('o') || signature.contains('g') || signature.contains('h'); }
 
-bool mayHoldBlank(const QVariant &value);
+bool mayHoldEmptyOne(const QVariant &value);
 
-bool mayHoldBlank(const QAssociativeIterable &map)
+bool mayHoldEmptyOne(const QAssociativeIterable &map)
 {
     for (auto entry = map.begin(); entry != map.end(); ++entry) {
-        if (mayHoldBlank(entry.key()) || mayHoldBlank(entry.value())) {
+        if (mayHoldEmptyOne(entry.key()) || mayHoldEmptyOne(entry.value())) {
             return true;
         }
     }
     return false;
 }
 
-// Whether a blank lies in a value of a type that holds no variant, or may lie there unseen. The bus library drops the
-// whole call for one in a list, and ends the process for one in a map or a structure.
-bool mayHoldBlank(const QVariant &value)
+// Whether a value of a type that holds no variant contains an empty path or signature or a closed descriptor, or may
+// contain one unseen. The bus library drops the whole call for one in a list, and ends the process for one in a map or
+// a structure.
+bool mayHoldEmptyOne(const QVariant &value)
 {
     if (isA(value, qMetaTypeId<QDBusObjectPath>())) {
         return value.value<QDBusObjectPath>().path().isEmpty();
@@ -160,15 +161,15 @@ bool mayHoldBlank(const QVariant &value)
     if (isA(value, qMetaTypeId<QDBusUnixFileDescriptor>())) {
         return !value.value<QDBusUnixFileDescriptor>().isValid();
     }
-    if (!isRefusedWhenBlank(signatureOf(value))) {
+    if (!isRefusedWhenEmpty(signatureOf(value))) {
         return false;
     }
     if (value.canConvert<QVariantMap>()) {
-        return mayHoldBlank(value.value<QAssociativeIterable>());
+        return mayHoldEmptyOne(value.value<QAssociativeIterable>());
     }
     const std::optional<QVariantList> list = Generic::asList(value);
     // What is no container is of the program's own, and only its writer knows what it will write.
-    return !list || std::any_of(list->cbegin(), list->cend(), [](const QVariant &each) { return mayHoldBlank(each); });
+    return !list || std::any_of(list->cbegin(), list->cend(), [](const QVariant &each) { return mayHoldEmptyOne(each); });
 }
 
 QVariant carried(const QVariant &original, int room);
@@ -235,7 +236,7 @@ QVariant carried(const QVariant &original, int room)
     }
     const QByteArray signature = signatureOf(value);
     if (!signature.isEmpty() && !signature.contains('v')) {
-        return containersIn(signature) <= room && !mayHoldBlank(value) ? value : QVariant();
+        return containersIn(signature) <= room && !mayHoldEmptyOne(value) ? value : QVariant();
     }
     if (const std::optional<QVariantMap> map = Generic::asMap(value)) {
         return room > 0 ? QVariant(carriedMap(*map, room)) : QVariant();

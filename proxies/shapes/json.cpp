@@ -107,7 +107,7 @@ std::optional<QByteArray> toText(const QVariant &original, int room)
 
 QVariant Json::parse(const QByteArray &text)
 {
-    // Inside an array, because the document class takes no number or text on its own.
+    // Inside an array, because the document class takes no number or string on its own.
     const QJsonDocument document = QJsonDocument::fromJson('[' + text + ']');
     const QJsonArray values = document.array();
     return values.size() == 1 ? values.first().toVariant() : QVariant();

@@ -27,7 +27,7 @@ QVariant Reply::argument(const QDBusMessage &reply) { return reply.type() == QDB
 QDBusMessage Reply::logged(const QDBusMessage &reply, const char *text)
 {
     if (reply.type() == QDBusMessage::ErrorMessage) {
-        // The stream puts the blank between the two and the quotes around the message.
+        // The stream puts the space between the two and the quotes around the message.
         qDebug() << text << reply.errorMessage();
     }
     return reply;

@@ -42,8 +42,8 @@ T value(const QDBusMessage &reply)
 /// and hands the reply on.
 QDBusMessage logged(const QDBusMessage &reply, const char *text);
 
-/// The JSON text in the first argument, parsed; empty when it is no JSON. A basic value of another type counts
-/// as its text.
+/// The JSON text in the first argument, parsed; empty when it is no JSON. A basic value of another type is
+/// parsed in its string form.
 QVariant json(const QDBusMessage &reply);
 QVariantMap jsonMap(const QDBusMessage &reply);
 /// As jsonMap(), every number in the object itself as a qlonglong.

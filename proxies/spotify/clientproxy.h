@@ -30,7 +30,7 @@ public:
     [[nodiscard]] bool IsActive(QDBus::CallMode mode);
     /// Metadata() -> a{sv}: the present track, read with parseDBusMap().
     [[nodiscard]] QVariantMap Metadata(QDBus::CallMode mode);
-    /// Whether the interface's last error is none: no call has failed, or the last one has not. Sends nothing.
+    /// Whether lastError() holds no error: no call was made, or the last one succeeded. Sends nothing.
     [[nodiscard]] bool lastCallSucceeded() const;
 
     /// Signal PlaybackStateChanged(s): whether it plays or pauses.

@@ -86,9 +86,9 @@ public:
     [[nodiscard]] QVariantList appSettingsDescr(const QString &appId, QDBus::CallMode mode);
     /// widgetSettingsDescr(s) -> ay: a JSON array, what can be set.
     [[nodiscard]] QVariantList widgetSettingsDescr(const QString &widgetId, QDBus::CallMode mode);
-    /// widgetWorkingDir(s) -> s: the widget's folder.
+    /// widgetWorkingDir(s) -> s: the widget's directory.
     [[nodiscard]] QString widgetWorkingDir(const QString &widgetId, QDBus::CallMode mode);
-    /// appWorkingDir(s) -> s: the application's folder.
+    /// appWorkingDir(s) -> s: the application's directory.
     [[nodiscard]] QString appWorkingDir(const QString &appId, QDBus::CallMode mode);
     /// activeWidget() -> s: the id of the widget on the display.
     [[nodiscard]] QString activeWidget(QDBus::CallMode mode);
