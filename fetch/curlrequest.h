@@ -7,8 +7,8 @@
 #include <type_traits>
 
 /// One request on a curl handle of its own, and all that the handle needs until the transfer is over.
-/// The steps of its making end with the first that fails: its code stays the result, those after it do
-/// nothing, and send() sends nothing.
+/// Once a step of its making has failed, the code of that step stays the result, later steps do nothing, and
+/// send() sends nothing.
 struct CurlRequest {
     CurlHandle handle; ///< null when the library had none to give
     CurlForm form;

@@ -7,7 +7,7 @@ bool isNullValue(const QVariant &value)
     if (!value.isValid() || value.isNull()) {
         return true;
     }
-    // Qt 6 no longer counts a null text or byte array in a variant as a null variant.
+    // Qt 6 no longer counts a null string or byte array in a variant as a null variant.
     if (value.userType() == QMetaType::QString) {
         return value.toString().isNull();
     }

@@ -4,8 +4,8 @@
 #include <QString>
 #include <QVariantMap>
 
-/// Whether a value counts as null in a request: invalid, null, or a null text. An empty text that is not null
-/// does not.
+/// Whether a value counts as null in a request: invalid, null, or a null string. An empty string that is not
+/// null does not.
 bool isNullValue(const QVariant &value);
 
 /// The body of a request in UTF-8. The parameters become name=value pairs joined by "&" in ascending order of

@@ -5,8 +5,8 @@
 #include <QPair>
 #include <QString>
 
-/// The header of an HTTP response: its status line and its fields, in the order received. A value; copies are
-/// its own.
+/// The header of an HTTP response: its status line and its fields, in the order received. A value class:
+/// copies are independent.
 class QHttpResponseHeader
 {
 public:

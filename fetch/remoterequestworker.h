@@ -8,8 +8,8 @@
 class VDataFetcher;
 class VFetchTask;
 
-/// The manager's door to the requests: takes tasks, has them run one at a time on a thread of their own, and
-/// reports each outcome with the task's description. Main thread only; tasks stay their maker's until
+/// Carries out the manager's requests: takes tasks, has them run one at a time on a thread of their own, and
+/// reports each outcome with the task's description. Main thread only; a task belongs to its maker until
 /// disposeTask().
 class RemoteRequestWorker : public QObject
 {

@@ -20,7 +20,7 @@ bool operator<(const RemoteTaskDescription &a, const RemoteTaskDescription &b)
 
 std::size_t RemoteTaskDescriptionHash::operator()(const RemoteTaskDescription &descr) const
 {
-    // Another one in each process, so that nobody can choose descriptions that fall on one hash.
+    // A different seed in each process, so that nobody can choose descriptions with equal hashes.
     static const quint32 seed = QRandomGenerator::system()->generate();
     std::size_t hash = qHash(descr.id, seed) ^ static_cast<std::size_t>(descr.type);
     for (const QVariant &value : descr.data) {

@@ -23,7 +23,7 @@ bool operator!=(const RemoteTaskDescription &a, const RemoteTaskDescription &b);
 /// entries; see tasksbydescription.h for the ways that do not.
 bool operator<(const RemoteTaskDescription &a, const RemoteTaskDescription &b);
 
-/// For containers that find descriptions by equality. Equal descriptions whose values are text have equal
+/// For containers that find descriptions by equality. Equal descriptions whose values are strings have equal
 /// hashes.
 struct RemoteTaskDescriptionHash {
     std::size_t operator()(const RemoteTaskDescription &descr) const;

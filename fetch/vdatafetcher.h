@@ -10,7 +10,7 @@ class VFetchTask;
 /// which is at once unless another task is taken in its stead: what waits for a transfer waits in the
 /// thread's own event queue. All calls belong to the thread that owns the fetcher; only the tasks' run() is
 /// called on the worker thread, to which a task is moved when it is first added. Tasks are never deleted
-/// here: they stay their owner's, who removes a periodic task before deleting it.
+/// here: they belong to their owner, who removes a periodic task before deleting it.
 class VDataFetcher : public QObject
 {
     Q_OBJECT

@@ -110,7 +110,7 @@ void VDataFetcherPrivate::reportNotRun(VFetchTask *task)
     logWarning("DataFetcher: Task id=%d can not be run, there is no thread. It counts as failed.",
                task->id());
     const auto report = [task] { Q_EMIT task->failure(VFetchTask::NoCurlHandle, QByteArray()); };
-    // Behind this call, and to nobody when the task is deleted first.
+    // Delivered after this call; not at all when the task is deleted first.
     QMetaObject::invokeMethod(task, report, Qt::QueuedConnection);
 }
 

@@ -8,7 +8,7 @@
 VFetchTask::VFetchTask(int id)
     : d(new VFetchTaskPrivate(this, id))
 {
-    // By the name that typeChanged() is declared with, under which its argument crosses threads.
+    // By the name that typeChanged() is declared with: a queued call looks its argument up by that name.
     static const int typeOfType = qRegisterMetaType<VFetchTaskType>("VFetchTask::VFetchTaskType");
     Q_UNUSED(typeOfType)
     logVerbose("Fetch task created");

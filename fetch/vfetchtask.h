@@ -11,8 +11,8 @@
 class VFetchTaskPrivate;
 
 /// One HTTP request that can be run, once or again and again, on the thread the task lives on. Its settings
-/// may be changed from any thread, also during a transfer; they hold from the next run on. The results of the
-/// last run are for the thread that runs the task, or for others while it does not run.
+/// may be changed from any thread, also during a transfer; they hold from the next run on. Read the results
+/// of the last run on the thread that runs the task, or on another one while the task does not run.
 class VFetchTask : public QObject
 {
     Q_OBJECT

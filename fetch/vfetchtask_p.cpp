@@ -166,8 +166,8 @@ void VFetchTaskPrivate::setMethod(CurlRequest &request) const
         request.set(CURLOPT_HTTPGET, 1L);
         break;
     case VFetchTask::Post:
-        // Meant: the number stands where a form would, and the body option that always follows (setBody)
-        // makes this a plain POST, so that it is never read.
+        // On purpose: the number stands in the place of a form. The body option that always follows (setBody)
+        // makes this a plain POST, so the number is never read.
         request.set(CURLOPT_HTTPPOST,
                     reinterpret_cast<curl_httppost *>(1)); // NOLINT(performance-no-int-to-ptr)
         break;

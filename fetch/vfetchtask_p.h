@@ -19,8 +19,8 @@ public:
 
     VFetchTaskPrivate(VFetchTask *task, int taskId);
 
-    /// Emits the task's doUpdate() once after @p ms milliseconds; a call before then starts over, and one
-    /// with less than 1 only takes the waiting one back. On the task's own thread.
+    /// Emits the task's doUpdate() once after @p ms milliseconds; a call before then restarts the wait, and
+    /// one with less than 1 only cancels it. On the task's own thread.
     void scheduleOneTimeUpdateIn(int ms);
     void run();
 
