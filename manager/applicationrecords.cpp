@@ -65,7 +65,8 @@ void QWixtApplicationManager::updateApplication(const QString &qwixtId, const QS
 
 void QWixtApplicationManager::deleteApplication(QString qwixtId, QString uuid, QString type)
 {
-    // Asked without the data, on purpose: what is queued carries them, so a second deletion is queued again.
+    // Looked up without the data, on purpose: a queued description has data, so a second deletion is queued
+    // again.
     if (pendingTasks.contains({RemoteTaskDescription::Delete, uuid, {}})) {
         logDebug("QWixtApplicationManager: delete task already exists");
         return;
@@ -84,7 +85,7 @@ void QWixtApplicationManager::widgetDeleted(QString /*packageId*/, QString widge
             deleteApplication(application->appId, widgetId, QStringLiteral(""));
         }
     }
-    // Meant so: a widget without an application is silent as long as there are records of others.
+    // On purpose: no line for a widget without an application while there are records of others.
     if (remoteApplications.isEmpty()) {
         logDebug("QWixtApplicationManager: no widget registered to delete");
     }

@@ -4,7 +4,7 @@
 
 #include <unordered_map>
 
-/// How often each description stands somewhere. Looked up by equality, in constant time on average.
+/// A count for each description. Looked up by equality, in constant time on average.
 class DescriptionCounts
 {
 public:
@@ -18,7 +18,7 @@ public:
 
     void increase(const RemoteTaskDescription &descr) { ++counts[descr]; }
 
-    /// A description that stands nowhere is ignored.
+    /// A description whose count is 0 is ignored.
     void decrease(const RemoteTaskDescription &descr)
     {
         const auto entry = counts.find(descr);

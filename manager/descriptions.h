@@ -10,7 +10,7 @@ RemoteTaskDescription registration(const QString &uuid, const QString &name, con
 RemoteTaskDescription deletion(const QString &appId, const QString &uuid, const QString &type);
 RemoteTaskDescription update(const QString &appId, const QString &uuid, const QString &name,
                              const QString &type);
-/// There is only one of it.
+/// Takes nothing, so that all of them are equal.
 RemoteTaskDescription list();
 
 } // namespace Descriptions

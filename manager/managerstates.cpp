@@ -46,7 +46,7 @@ void QWixtApplicationManager::readWidgets()
     installedWidgets = widgets;
 }
 
-/// Reads the API key and learns whether the main daemon is up; an error other than its absence tells nothing
+/// Reads the API key and learns whether the main daemon is up; an error other than its absence says nothing
 /// about it.
 void QWixtApplicationManager::readApiKey()
 {

@@ -7,7 +7,7 @@
 #include <initializer_list>
 
 /// The descriptions that wait or run, in the order of arrival. Counting equal ones takes constant time on
-/// average, removing one takes as long as those before it are many.
+/// average; removing one takes time in proportion to the number of those before it.
 class PendingTasks
 {
 public:

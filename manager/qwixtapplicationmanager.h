@@ -52,8 +52,8 @@ public:
     /// registered instead.
     void updateApplication(const QString &qwixtId, const QString &uuid, const QString &name,
                            const QString &type);
-    /// Queues a deletion; the outcome is applicationDeleted(). The texts are copies, since the record that
-    /// they may come from can go while this runs.
+    /// Queues a deletion; the outcome is applicationDeleted(). The strings are copies, since the record
+    /// that they may come from can be deleted while this runs.
     void deleteApplication(QString qwixtId, QString uuid, QString type);
 
 Q_SIGNALS:

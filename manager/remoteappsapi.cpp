@@ -16,7 +16,8 @@ QVariantMap readObject(const QByteArray &body)
     return QJsonDocument::fromJson(body).object().toVariantMap();
 }
 
-/// A value as text. A key that is missing, or null, gives a null text; an empty text stays one that is sent.
+/// A value as a string. A missing key and a null value give a null string, which is not sent; an empty string
+/// is sent.
 QString textOf(const QVariantMap &object, const QString &key)
 {
     const QVariant value = object.value(key);

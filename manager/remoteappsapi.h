@@ -30,7 +30,7 @@ struct RegisterReply {
 RegisterReply readRegisterReply(const QByteArray &body);
 
 /// The applications of the device @p remoteId in a list reply, in their order; those of other devices and
-/// elements that are no objects are left out. The same id may come twice.
+/// elements that are not objects are left out. The same id may come twice.
 QList<RemoteApplication> readListReply(const QByteArray &body, const QString &remoteId);
 
 } // namespace RemoteAppsApi

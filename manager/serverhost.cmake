@@ -35,14 +35,14 @@ function(qwixt_is_name text result)
     endif()
   endforeach()
   list(GET labels -1 last_label)
-  # Whoever resolves a name that ends in a number takes it for an address.
+  # A resolver takes a name that ends in a number for an address.
   if(last_label MATCHES "^([0-9]+|0[xX][0-9A-Fa-f]*)$" AND NOT text MATCHES "^${address_of_version_4}")
     return()
   endif()
   set(${result} TRUE PARENT_SCOPE)
 endfunction()
 
-# Sets RESULT to whether TEXT can stand as host or host:port in a URL, and is what is contacted then.
+# Sets RESULT to whether TEXT can stand as host or host:port in a URL that contacts exactly this host.
 function(qwixt_is_server_host text result)
   set(host "${text}")
   if(text MATCHES "^(.+):([1-9][0-9]*)$")

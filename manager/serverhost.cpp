@@ -19,7 +19,7 @@ bool isAddress(int family, const QString &text)
     return inet_pton(family, text.toLatin1().constData(), &address) == 1;
 }
 
-/// Whether this part of a name makes whoever resolves it take the whole for an address: 12, 0x7f.
+/// Whether a resolver takes a name for an address because of this part: 12, 0x7f.
 bool isNumber(const QString &label)
 {
     const bool isHex = label.startsWith(QLatin1String("0x"), Qt::CaseInsensitive);

@@ -71,8 +71,8 @@ RemoteTaskWithDescription *QWixtApplicationManager::createRemoteTask(const Remot
     return task.release();
 }
 
-/// The same, stored under its description. It takes the place of an earlier one with all that is its: a retry
-/// that waits for the earlier task now waits for this one.
+/// The same, stored under its description. It replaces an earlier task of this description; a retry that
+/// waits for the earlier task now waits for this one.
 RemoteTaskWithDescription *QWixtApplicationManager::createStoredTask(const RemoteTaskDescription &descr)
 {
     RemoteTaskWithDescription *const task = createRemoteTask(descr);
@@ -128,7 +128,7 @@ void QWixtApplicationManager::processRequests()
         } else if (worker->containsTask(task) || retryTimers.contains(task)) {
             continue;
         }
-        // Equal deletions are as many requests; those that are on their way already count.
+        // Each of several equal deletions is a request of its own; those on their way already count.
         if (outstandingRuns.of(descr) < met.of(descr)) {
             run(task);
         }
@@ -175,8 +175,8 @@ void QWixtApplicationManager::removeAllTasksFromWorker()
     }
 }
 
-/// The end of one request, done or given up. Its task and a retry that waits go with it, unless an equal
-/// request is still pending: then both are that one's.
+/// The end of one request, done or given up. Its task and a waiting retry go with it, unless an equal request
+/// is still pending, which then keeps both.
 void QWixtApplicationManager::dropRequest(const RemoteTaskDescription &descr)
 {
     pendingTasks.removeOne(descr);
@@ -235,7 +235,7 @@ void QWixtApplicationManager::delayedTaskTimeout()
     timer->deleteLater();
 }
 
-/// Equal deletions share a task and a timer, so that more than one request may have waited for this retry.
+/// Equal deletions share a task and a timer, so more than one request may have waited for this retry.
 void QWixtApplicationManager::runWhatIsDue(RemoteTaskWithDescription *task)
 {
     const RemoteTaskDescription &descr = task->description;

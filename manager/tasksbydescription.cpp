@@ -38,14 +38,14 @@ RemoteTaskWithDescription *TasksByDescription::store(const RemoteTaskDescription
         entry->second.value() = task;
         return replaced;
     }
-    // The map itself may take a new description for one it holds. Between a key that is less than the new one
-    // and a key that the new one is less than, it does not.
+    // An insertion by key alone may overwrite the entry of another description. It does not when the place is
+    // given, and the key before it is less and the key after it is not.
     const auto isPlace = [this, &descr](Map::const_iterator place) {
         return (place == map.cbegin() || std::prev(place).key() < descr) &&
                (place == map.cend() || !(place.key() < descr));
     };
-    // A search of the ordering finds such a place at once among descriptions with equal data; walking back
-    // from the end always meets one: of two different descriptions, at least one is less than the other.
+    // A binary search finds such a place at once among descriptions with equal data. Otherwise walking back
+    // from the end always meets one, since of two different descriptions at least one is less than the other.
     Map::const_iterator place = std::as_const(map).lowerBound(descr);
     if (!isPlace(place)) {
         place = map.cend();

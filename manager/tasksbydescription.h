@@ -9,7 +9,7 @@
 class RemoteTaskWithDescription;
 
 /// The tasks that exist, by what they are about. Entries are found by equality of their descriptions, in
-/// constant time on average, and walked in the order of the map. The tasks stay their owner's.
+/// constant time on average, and walked in the order of the map. The tasks belong to their owner.
 class TasksByDescription
 {
     Q_DISABLE_COPY(TasksByDescription)

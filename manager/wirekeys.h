@@ -9,7 +9,7 @@ namespace WireKey
 inline const QString appId = QStringLiteral("app_id");
 inline const QString apps = QStringLiteral("apps");
 inline const QString deviceId = QStringLiteral("device_id");
-inline const QString id = QStringLiteral("id"); ///< the device's, in a registration
+inline const QString id = QStringLiteral("id"); ///< the device's id, in a registration
 inline const QString identifier = QStringLiteral("identifier");
 inline const QString name = QStringLiteral("name");
 inline const QString status = QStringLiteral("status");
