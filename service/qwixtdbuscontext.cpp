@@ -21,7 +21,7 @@ void QwixtDbusContext::updateQwixtApplication(const QString &qwixtId, const QStr
 void QwixtDbusContext::deleteQwixtApplication(const QString &qwixtId, const QString &uuid,
                                               const QString &type)
 {
-    // The text has a third place that a deletion has nothing for.
+    // The fixed format has a third placeholder, and a deletion has nothing for it.
     logDebug("QwixtDbusContext: Request delete application %s %s %s ", qPrintable(uuid), qPrintable(type),
              "");
     QWixtApplicationManager::instance()->deleteApplication(qwixtId, uuid, type);

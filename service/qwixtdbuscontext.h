@@ -5,7 +5,7 @@
 #include <QString>
 
 /// The object behind the daemon's bus interface: notes each request and hands it to the manager. Every call
-/// succeeds, whatever its arguments; the outcome is told by the manager's signals. Main thread only.
+/// succeeds, whatever its arguments; the manager's signals announce the outcome. Main thread only.
 class QwixtDbusContext : public QObject, public QDBusContext
 {
 public:

@@ -1,8 +1,8 @@
 #pragma once
 
 /// The daemon's log functions. Each takes a printf-style format and writes one line, cut to 254 bytes, to the
-/// platform log under the tag of logSetTag(). They may be called from any thread. Text arguments are 8-bit
-/// strings: convert a QString with qPrintable().
+/// platform log under the tag of logSetTag(). They may be called from any thread. The argument of a %s is an
+/// 8-bit string: convert a QString with qPrintable().
 
 /// Sets the tag of every line. The first call wins; call it before any other thread exists.
 void logSetTag(const char *tag);
