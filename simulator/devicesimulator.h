@@ -8,7 +8,7 @@
 #include <QObject>
 
 /// A whole device without the application daemon: the device's services on one bus, the developer server, and
-/// a widget's view of the daemon. Everything that passes is told line by line.
+/// a widget's view of the daemon. Everything that passes is reported line by line.
 class DeviceSimulator : public QObject
 {
     Q_OBJECT

@@ -13,7 +13,7 @@ public:
 
 Q_SIGNALS:
     void lineRead(const QString &line);
-    /// Nothing more comes. A last line without a line end has been told before.
+    /// Nothing more comes. A last line without a line end has been reported before.
     void ended();
 
 private:

@@ -90,6 +90,6 @@ QString CommandInterpreter::help(const QStringList & /*arguments*/)
             QStringLiteral("%1 %2").arg(QLatin1String(command.name), QLatin1String(command.arguments));
         lines.append(QStringLiteral("  %1 %2").arg(call.leftJustified(42), QLatin1String(command.help)));
     }
-    lines.append(QStringLiteral("Words with blanks stand in double quotes; \"\" is an empty word."));
+    lines.append(QStringLiteral("Words with spaces stand in double quotes; \"\" is an empty word."));
     return lines.join(QLatin1Char('\n'));
 }

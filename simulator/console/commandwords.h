@@ -3,6 +3,7 @@
 #include <QString>
 #include <QStringList>
 
-/// Splits a typed line into words at blanks. Double quotes hold blanks together and make an empty word; a
-/// backslash takes the next character as it is, except for \n and \t. False when a quote is left open.
+/// Splits a typed line into words at white space. Double quotes keep spaces inside a word and make an empty
+/// word; a backslash takes the next character as it is, except for \n and \t. False when a quote is left
+/// open.
 bool splitCommandWords(const QString &line, QStringList &words);

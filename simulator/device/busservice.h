@@ -40,7 +40,7 @@ public:
     QString errorText() const;
 
     /// Exports the objects and claims the name; false, with errorText(), when the bus is not there or the
-    /// name is taken. The thread that made the service only. Subclasses tell the device that they are there.
+    /// name is taken. The thread that made the service only. Subclasses announce themselves to the device.
     virtual bool start();
     /// Releases the name and takes the objects away. The thread that made the service only.
     void stop();
@@ -98,8 +98,8 @@ protected:
 private:
     friend class ServiceObject;
 
-    /// Both are called by the service's objects, on the service's thread. The answer is none for an unknown
-    /// method.
+    /// Both are called by the service's objects, on the service's thread. answerFor() returns nothing for an
+    /// unknown method.
     std::optional<Reply> answerFor(const QString &path, const QString &interface, const QString &member);
     QString introspection(const QString &path) const;
 

@@ -20,7 +20,7 @@ public:
 
     /// Sets the key as the end of the device's set-up does: sends apiKeyDidSet.
     void setApiKey(const QString &key);
-    /// Sets the key without a word, for the state that a test begins with.
+    /// Sets the key without announcing it, for the state that a test begins with.
     void setApiKeyQuietly(const QString &key);
     void setSerial(const QString &serial);
     void setRemoteId(const QString &remoteId);

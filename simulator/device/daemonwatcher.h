@@ -19,14 +19,14 @@ public:
     /// Whether the daemon's name is on the bus now. Asks the bus and waits for its answer.
     bool isDaemonPresent() const;
 
-    /// Each calls the daemon's method of a similar name; answered() tells what came back.
+    /// Each calls the daemon's method of a similar name; answered() reports what came back.
     void registerApplication(const QString &uuid, const QString &name, const QString &type);
     void updateApplication(const QString &qwixtId, const QString &uuid, const QString &name,
                            const QString &type);
     void deleteApplication(const QString &qwixtId, const QString &uuid, const QString &type);
 
 Q_SIGNALS:
-    /// The daemon sent the signal @p member with these texts.
+    /// The daemon sent the signal @p member with these strings.
     void received(const QString &member, const QStringList &arguments);
     /// A call was answered; @p error is empty when it succeeded.
     void answered(const QString &member, const QStringList &arguments, const QString &error);

@@ -12,13 +12,13 @@ public:
 
     QStringList widgets() const;
 
-    /// Claims the name and sends windowServerDidStarted ("spelled so on the bus").
+    /// Claims the name and sends windowServerDidStarted, spelled so on the bus.
     bool start() override;
 
-    /// Sets the installed widgets without a word, for the state that a test begins with.
+    /// Sets the installed widgets without announcing them, for the state that a test begins with.
     void setWidgetsQuietly(const QStringList &ids);
-    /// Installs a widget and sends newWidgetCreated. A running service or not, the widget is there
-    /// afterwards.
+    /// Installs a widget and sends newWidgetCreated. The widget is there afterwards, also when the service
+    /// does not run and sends nothing.
     void createWidget(const QString &id);
     /// Removes a widget and sends widgetDeleted; false, with nothing sent, when there is none of that id.
     bool deleteWidget(const QString &id);

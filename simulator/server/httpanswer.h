@@ -8,7 +8,7 @@ struct HttpAnswer {
         WithLength,
         /// The body goes out in chunks of a few bytes each.
         Chunked,
-        /// No length is told and the body is repeated until the client goes.
+        /// No length is announced and the body is repeated until the client goes.
         Endless
     };
     enum class Ending {

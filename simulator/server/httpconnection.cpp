@@ -29,7 +29,7 @@ HttpConnection::HttpConnection(QTcpSocket *socket_, QObject *parent)
 
 HttpConnection::~HttpConnection()
 {
-    // A socket that closes late tells nobody any more.
+    // A socket that closes late has nobody to report to.
     socket->disconnect(this);
 }
 

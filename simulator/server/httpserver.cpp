@@ -166,7 +166,7 @@ HttpServer::HttpServer(QObject *parent)
 
 HttpServer::~HttpServer()
 {
-    // Nobody wants to hear of the connections that this cuts off.
+    // The connections that this cuts off are not reported.
     blockSignals(true);
     stop();
 }

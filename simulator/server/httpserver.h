@@ -10,14 +10,14 @@
 #include <memory>
 #include <optional>
 
-/// An HTTP or HTTPS server on 127.0.0.1 that keeps every request as it came, and answers as it is told to:
+/// An HTTP or HTTPS server on 127.0.0.1 that keeps every request as it came, and answers as it is asked to:
 /// late, in part, without end, or not at all. It lives in the event loop of the thread that made it; whoever
 /// blocks that thread blocks the server.
 class HttpServer : public QObject
 {
     Q_OBJECT
 public:
-    /// Asked for an answer to each request; none leaves it to the server.
+    /// Called for each request; when it returns nothing, the server answers by itself.
     using Script = std::function<std::optional<HttpAnswer>(const HttpRequest &)>;
 
     explicit HttpServer(QObject *parent = nullptr);
