@@ -10,7 +10,7 @@
 #include <QPointer>
 
 /// The private half of a VDataFetcher: its queue, its timers and its worker thread. Lives on the owner's
-/// thread.
+/// thread. The part about re-runs has a source file of its own, vdatafetcherreruns_p.cpp.
 class VDataFetcherPrivate : public QObject
 {
     Q_OBJECT
