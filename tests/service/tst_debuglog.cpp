@@ -13,15 +13,17 @@ private Q_SLOTS:
 
 void TestDebugLog::verboseAndDebug_areWrittenWithTheirPriorities()
 {
+    QVERIFY(debugLogEnabled());
+
     logVerbose("verbose %d", 1);
     logDebug("debug %s", "two");
+
     const QList<PlatformCapture::Line> lines = PlatformCapture::lines();
     QCOMPARE(lines.size(), 2);
-    QCOMPARE(lines.at(0).priority, 2);
+    QCOMPARE(lines.at(0).priority, int(LogPriority::Verbose));
     QCOMPARE(lines.at(0).text, QByteArray("verbose 1"));
-    QCOMPARE(lines.at(1).priority, 3);
+    QCOMPARE(lines.at(1).priority, int(LogPriority::Debug));
     QCOMPARE(lines.at(1).text, QByteArray("debug two"));
-    QVERIFY(debugLogEnabled());
 }
 
 QTEST_GUILESS_MAIN(TestDebugLog)

@@ -1,3 +1,4 @@
+#include "logpriority.h"
 #include "platformlog.h"
 
 #include <QtTest>
@@ -62,66 +63,93 @@ private Q_SLOTS:
     void init() { qunsetenv("JOURNAL_STREAM"); }
     void cleanup() { qunsetenv("JOURNAL_STREAM"); }
 
-    void line_data();
-    void line();
+    void eachPriority_hasItsLetter_data();
+    void eachPriority_hasItsLetter();
+    void lineInTheJournal_beginsWithItsPriority_data();
     void lineInTheJournal_beginsWithItsPriority();
-    void controlCharacters_areBlanks();
+    void controlCharacters_becomeSpaces();
     void otherBytes_stay();
     void fullPipe_isAnErrorAndNoMore();
 };
 
-void TestPlatformLog::line_data()
+void TestPlatformLog::eachPriority_hasItsLetter_data()
 {
     QTest::addColumn<int>("priority");
-    QTest::addColumn<QByteArray>("expected");
-    QTest::addColumn<QByteArray>("inJournal");
-    QTest::newRow("verbose") << 2 << QByteArray("V/QWIXTD: a line\n") << QByteArray("<7>V/QWIXTD: a line\n");
-    QTest::newRow("debug") << 3 << QByteArray("D/QWIXTD: a line\n") << QByteArray("<7>D/QWIXTD: a line\n");
-    QTest::newRow("info") << 4 << QByteArray("I/QWIXTD: a line\n") << QByteArray("<6>I/QWIXTD: a line\n");
-    QTest::newRow("warning") << 5 << QByteArray("W/QWIXTD: a line\n") << QByteArray("<4>W/QWIXTD: a line\n");
-    QTest::newRow("error") << 6 << QByteArray("E/QWIXTD: a line\n") << QByteArray("<3>E/QWIXTD: a line\n");
-    QTest::newRow("fatal") << 7 << QByteArray("F/QWIXTD: a line\n") << QByteArray("<2>F/QWIXTD: a line\n");
+    QTest::addColumn<QByteArray>("line");
+    QTest::newRow("verbose") << int(LogPriority::Verbose) << QByteArray("V/QWIXTD: a line\n");
+    QTest::newRow("debug") << int(LogPriority::Debug) << QByteArray("D/QWIXTD: a line\n");
+    QTest::newRow("info") << int(LogPriority::Info) << QByteArray("I/QWIXTD: a line\n");
+    QTest::newRow("warning") << int(LogPriority::Warning) << QByteArray("W/QWIXTD: a line\n");
+    QTest::newRow("error") << int(LogPriority::Error) << QByteArray("E/QWIXTD: a line\n");
+    QTest::newRow("fatal") << int(LogPriority::Fatal) << QByteArray("F/QWIXTD: a line\n");
 }
 
-void TestPlatformLog::line()
+void TestPlatformLog::eachPriority_hasItsLetter()
 {
     QFETCH(int, priority);
-    QFETCH(QByteArray, expected);
-    QFETCH(QByteArray, inJournal);
-    QCOMPARE(written(priority, "QWIXTD", "a line"), QList<QByteArray>{expected});
-    qputenv("JOURNAL_STREAM", "8:12345");
-    QCOMPARE(written(priority, "QWIXTD", "a line"), QList<QByteArray>{inJournal});
+    QFETCH(QByteArray, line);
+
+    const QList<QByteArray> writes = written(priority, "QWIXTD", "a line");
+
+    QCOMPARE(writes, QList<QByteArray>{line});
+}
+
+void TestPlatformLog::lineInTheJournal_beginsWithItsPriority_data()
+{
+    QTest::addColumn<int>("priority");
+    QTest::addColumn<QByteArray>("tag");
+    QTest::addColumn<QByteArray>("line");
+    const QByteArray tag = "QWIXTD";
+    QTest::newRow("verbose") << int(LogPriority::Verbose) << tag << QByteArray("<7>V/QWIXTD: a line\n");
+    QTest::newRow("debug") << int(LogPriority::Debug) << tag << QByteArray("<7>D/QWIXTD: a line\n");
+    QTest::newRow("info") << int(LogPriority::Info) << tag << QByteArray("<6>I/QWIXTD: a line\n");
+    QTest::newRow("warning") << int(LogPriority::Warning) << tag << QByteArray("<4>W/QWIXTD: a line\n");
+    QTest::newRow("error") << int(LogPriority::Error) << tag << QByteArray("<3>E/QWIXTD: a line\n");
+    QTest::newRow("fatal") << int(LogPriority::Fatal) << tag << QByteArray("<2>F/QWIXTD: a line\n");
+    QTest::newRow("before the tag is set")
+        << int(LogPriority::Warning) << QByteArray() << QByteArray("<4>W/: a line\n");
 }
 
 void TestPlatformLog::lineInTheJournal_beginsWithItsPriority()
 {
-    // An empty tag, as before the daemon has set its own.
+    QFETCH(int, priority);
+    QFETCH(QByteArray, tag);
+    QFETCH(QByteArray, line);
     qputenv("JOURNAL_STREAM", "8:12345");
-    QCOMPARE(written(5, "", "early"), QList<QByteArray>{"<4>W/: early\n"});
+
+    const QList<QByteArray> writes = written(priority, tag.constData(), "a line");
+
+    QCOMPARE(writes, QList<QByteArray>{line});
 }
 
-void TestPlatformLog::controlCharacters_areBlanks()
+void TestPlatformLog::controlCharacters_becomeSpaces()
 {
-    QCOMPARE(written(4, "T\nG", "one\nI/QWIXTD: forged\r\t\x1b[31m\x7f "),
-             QList<QByteArray>{"I/T G: one I/QWIXTD: forged   [31m  \n"});
-    QCOMPARE(written(4, "T",
-                     "\xc2\x85next\xc2\x9b"
-                     "31m\xc2\xa0\xc2"),
-             QList<QByteArray>{"I/T:  next 31m\xc2\xa0\xc2\n"});
+    const QList<QByteArray> oneByte =
+        written(LogPriority::Info, "T\nG", "one\nI/QWIXTD: forged\r\t\x1b[31m\x7f ");
+    const QList<QByteArray> twoBytes = written(LogPriority::Info, "T",
+                                               "\xc2\x85next\xc2\x9b"
+                                               "31m\xc2\xa0\xc2");
+
+    QCOMPARE(oneByte, QList<QByteArray>{"I/T G: one I/QWIXTD: forged   [31m  \n"});
+    QCOMPARE(twoBytes, QList<QByteArray>{"I/T:  next 31m\xc2\xa0\xc2\n"});
 }
 
 void TestPlatformLog::otherBytes_stay()
 {
-    QCOMPARE(written(4, "T", "\xc3\xbc %s \xff"), QList<QByteArray>{"I/T: \xc3\xbc %s \xff\n"});
+    const QList<QByteArray> writes = written(LogPriority::Info, "T", "\xc3\xbc %s \xff");
+
+    QCOMPARE(writes, QList<QByteArray>{"I/T: \xc3\xbc %s \xff\n"});
 }
 
 void TestPlatformLog::fullPipe_isAnErrorAndNoMore()
 {
     const StandardError standardError;
+
     int result = 0;
     for (int i = 0; i < 100000 && result >= 0; ++i) {
-        result = __android_log_write(4, "T", "line");
+        result = __android_log_write(LogPriority::Info, "T", "line");
     }
+
     QVERIFY(result < 0);
 }
 

@@ -27,11 +27,12 @@ void TestStartup::nameTaken_endsBeforeAnythingIsMade()
     QDBusConnection other = QDBusConnection::connectToBus(bus.address(), QStringLiteral("other"));
     QVERIFY(other.registerService(QStringLiteral("com.qwixtd")));
 
-    QCOMPARE(runDaemon(*QCoreApplication::instance()), -1);
+    const int status = runDaemon(*QCoreApplication::instance());
 
+    QCOMPARE(status, -1);
     QCOMPARE(PlatformCapture::lines().size(), 1); // no line of a manager
     const PlatformCapture::Line line = PlatformCapture::lines().constFirst();
-    QCOMPARE(line.priority, 5);
+    QCOMPARE(line.priority, int(LogPriority::Warning));
     QCOMPARE(line.tag, QByteArray("QWIXTD"));
     QVERIFY(line.text.startsWith("QWIXTD: failed to register dbus service "));
     QVERIFY(QDBusConnection::systemBus().objectRegisteredAt(QStringLiteral("/")) == nullptr);
@@ -44,10 +45,11 @@ void TestStartup::pathTaken_endsWithTheNameStillClaimed()
     QObject occupant;
     QVERIFY(system.registerObject(QStringLiteral("/"), &occupant));
 
-    QCOMPARE(runDaemon(*QCoreApplication::instance()), -1);
+    const int status = runDaemon(*QCoreApplication::instance());
 
+    QCOMPARE(status, -1);
     QCOMPARE(PlatformCapture::lines().size(), 1);
-    QCOMPARE(PlatformCapture::lines().constFirst().priority, 5);
+    QCOMPARE(PlatformCapture::lines().constFirst().priority, int(LogPriority::Warning));
     QVERIFY(PlatformCapture::texts().constFirst().startsWith("QWIXTD: failed to register dbus interface "));
     QCOMPARE(system.interface()->serviceOwner(QStringLiteral("com.qwixtd")).value(), system.baseService());
 }

@@ -1,15 +1,11 @@
 #pragma once
 
+#include "logpriority.h"
+
 #include <QByteArray>
 #include <QList>
 
 #include <functional>
-
-/// The platform's priorities, as the levels of the log functions have them.
-namespace LogPriority
-{
-enum { Any = 0, Verbose = 2, Debug = 3, Info = 4, Warning = 5, Error = 6, Fatal = 7 };
-} // namespace LogPriority
 
 /// Stands in for the platform's log writer and keeps what it is given. A program that links
 /// qwixt_platformcapture has no other writer. All functions may be called from any thread.
