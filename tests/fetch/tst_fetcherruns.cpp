@@ -1,6 +1,5 @@
 #include "fetcherprobe.h"
 #include "platformcapture.h"
-#include "platformlog.h"
 #include "scriptedtask.h"
 #include "threadtext.h"
 #include "vdatafetcher.h"
@@ -92,7 +91,7 @@ void TestFetcherRuns::taskHandedOn_hasItsLine()
 
     const QByteArray line = "DataFetcher: Woke up. Got some work here. Task id=3, thread: " +
                             threadText(QThread::currentThreadId());
-    QCOMPARE(PlatformCapture::texts(PlatformLogDebug).count(line), 1);
+    QCOMPARE(PlatformCapture::texts(LogPriority::Debug).count(line), 1);
 }
 
 void TestFetcherRuns::emptyQueue_hasItsLine()
@@ -104,7 +103,7 @@ void TestFetcherRuns::emptyQueue_hasItsLine()
     FetcherProbe(fetcher).takeNext();
 
     QCOMPARE(PlatformCapture::texts(), QList<QByteArray>{"DataFetcher: No tasks to run. Sleeping."});
-    QCOMPARE(PlatformCapture::lines().constFirst().priority, int(PlatformLogDebug));
+    QCOMPARE(PlatformCapture::lines().constFirst().priority, int(LogPriority::Debug));
 }
 
 void TestFetcherRuns::singleShotNotNow_waitsUntilItAsks()
@@ -294,7 +293,7 @@ void TestFetcherRuns::taskDeletedAfterSuccess_isWarnedAbout()
 
     QCoreApplication::processEvents();
 
-    QCOMPARE(PlatformCapture::texts(PlatformLogWarning),
+    QCOMPARE(PlatformCapture::texts(LogPriority::Warning),
              QList<QByteArray>{"DataFetcher: Task finished ignored as sender is deleted"});
     QCOMPARE(successes.count(), 0);
 }

@@ -1,6 +1,5 @@
 #include "fetcherprobe.h"
 #include "platformcapture.h"
-#include "platformlog.h"
 #include "scriptedtask.h"
 #include "threadtext.h"
 #include "vdatafetcher.h"
@@ -97,7 +96,7 @@ void TestFetcherTimers::periodicTask_runsAgainAfterItsInterval()
 
     const QByteArray line = "DataFetcher: Scheduling task 1 to start again in 1 seconds. Thread: " +
                             threadText(QThread::currentThreadId());
-    QTRY_COMPARE(PlatformCapture::texts(PlatformLogDebug).count(line), 1);
+    QTRY_COMPARE(PlatformCapture::texts(LogPriority::Debug).count(line), 1);
     QCOMPARE(Runs::ids().size(), 1);
     QVERIFY(probe.waitsForRerun(&task));
     QCOMPARE(probe.waitingReruns(), 1);
@@ -402,7 +401,7 @@ void TestFetcherTimers::forceUpdate_ofAnUnknownIdIsWarnedAbout()
 
     fetcher.forceUpdate(5);
 
-    QCOMPARE(PlatformCapture::texts(PlatformLogWarning),
+    QCOMPARE(PlatformCapture::texts(LogPriority::Warning),
              QList<QByteArray>{"DataFetcher: Unable force uptate task id=5. Task not found."});
 }
 
@@ -414,7 +413,7 @@ void TestFetcherTimers::forceUpdate_ofATaskNeverAddedIsWarnedAbout()
 
     fetcher.forceUpdate(&task);
 
-    QCOMPARE(PlatformCapture::texts(PlatformLogWarning),
+    QCOMPARE(PlatformCapture::texts(LogPriority::Warning),
              QList<QByteArray>{"DataFetcher: Unable force uptate task id=5. Task not found."});
     QVERIFY(Runs::ids().isEmpty()); // its run would have been here, and now
 }
@@ -441,7 +440,7 @@ void TestFetcherTimers::forceUpdateAll_namesAnEmptyEntry()
 
     fetcher.forceUpdateAll(false);
 
-    QCOMPARE(PlatformCapture::texts(PlatformLogDebug),
+    QCOMPARE(PlatformCapture::texts(LogPriority::Debug),
              QList<QByteArray>{"DataFetcher: Unable to force update task id=9. Task not found."});
 }
 

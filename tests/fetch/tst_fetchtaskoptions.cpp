@@ -1,6 +1,5 @@
 #include "curlfake.h"
 #include "platformcapture.h"
-#include "platformlog.h"
 #include "taskthread.h"
 #include "vfetchtask.h"
 #include "vfetchtask_p.h"
@@ -381,11 +380,11 @@ void TestFetchTaskOptions::refusedOption_isNotSent()
     QCOMPARE(failures.count(), 1);
     QCOMPARE(failures.at(0).at(0).toInt(), 48);
     QCOMPARE(failures.at(0).at(1).toByteArray(), QByteArray());
-    QCOMPARE(PlatformCapture::texts(PlatformLogWarning),
+    QCOMPARE(PlatformCapture::texts(LogPriority::Warning),
              QList<QByteArray>{"FetchTask: Option " + QByteArray::number(option) +
                                " was refused with 48. The request is not sent."});
-    QCOMPARE(PlatformCapture::texts(PlatformLogError).size(), 1);
-    QVERIFY(PlatformCapture::texts(PlatformLogError)
+    QCOMPARE(PlatformCapture::texts(LogPriority::Error).size(), 1);
+    QVERIFY(PlatformCapture::texts(LogPriority::Error)
                 .constFirst()
                 .startsWith("FetchTask: [Error] 48 https://host.example/path%20with%20blank "));
     QVERIFY(!PlatformCapture::texts().join('\n').contains("Making request"));

@@ -1,7 +1,6 @@
 #include "curlfake.h"
 #include "messagecapture.h"
 #include "platformcapture.h"
-#include "platformlog.h"
 #include "taskthread.h"
 #include "threadtext.h"
 #include "vfetchtask.h"
@@ -10,6 +9,8 @@
 
 #include <QSignalSpy>
 #include <QtTest>
+
+#include <memory>
 
 namespace
 {
@@ -111,8 +112,8 @@ void TestFetchTaskReports::status_decides()
     QCOMPARE(task.responseBody(), QByteArray("the body"));
     const QByteArray line = "FetchTask: GET Status=" + QByteArray::number(status) + " Url=" + sentUrl;
     QCOMPARE(PlatformCapture::count(line), 1);
-    QCOMPARE(PlatformCapture::texts(PlatformLogWarning).contains(line), !succeeds);
-    QCOMPARE(PlatformCapture::texts(PlatformLogDebug),
+    QCOMPARE(PlatformCapture::texts(LogPriority::Warning).contains(line), !succeeds);
+    QCOMPARE(PlatformCapture::texts(LogPriority::Debug),
              QList<QByteArray>{"FetchTask: Making request to " + sentUrl} +
                  (succeeds ? QList<QByteArray>{line} : QList<QByteArray>{}));
 }
@@ -132,9 +133,9 @@ void TestFetchTaskReports::noHandle_failsWithMinusOne()
     QCOMPARE(heard.results.constFirst().code, -1);
     QCOMPARE(heard.results.constFirst().body, QByteArray());
     QCOMPARE(task.status(), 0);
-    QCOMPARE(PlatformCapture::texts(PlatformLogError),
+    QCOMPARE(PlatformCapture::texts(LogPriority::Error),
              QList<QByteArray>{"FetchTask: Unable to initialize curl."});
-    QVERIFY(PlatformCapture::texts(PlatformLogVerbose).last().startsWith("FetchTask: 1 is finished in "));
+    QVERIFY(PlatformCapture::texts(LogPriority::Verbose).last().startsWith("FetchTask: 1 is finished in "));
     QVERIFY(!task.isRunning());
 }
 
@@ -153,7 +154,7 @@ void TestFetchTaskReports::curlError_isTheCode()
     QCOMPARE(heard.results.constFirst().code, 28);
     QCOMPARE(heard.results.constFirst().body, QByteArray());
     QCOMPARE(task.status(), 0);
-    QCOMPARE(PlatformCapture::texts(PlatformLogError),
+    QCOMPARE(PlatformCapture::texts(LogPriority::Error),
              QList<QByteArray>{"FetchTask: [Error] 28 " + sentUrl + " Timeout was reached"});
     QCOMPARE(CurlFake::resolverReads(), 0);
 }
@@ -346,7 +347,7 @@ void TestFetchTaskReports::run_namesItsThread()
     thread.finish();
 
     QVERIFY(task.ranOn != QThread::currentThreadId());
-    QCOMPARE(PlatformCapture::texts(PlatformLogVerbose),
+    QCOMPARE(PlatformCapture::texts(LogPriority::Verbose),
              (QList<QByteArray>{"FetchTask: 7 is running in thread 0x" + threadText(task.ranOn),
                                 "FetchTask: 7 is finished in thread 0x" + threadText(task.ranOn)}));
 }
@@ -361,22 +362,22 @@ void TestFetchTaskReports::oneTimeUpdate_namesItsThread()
     QCOMPARE(PlatformCapture::texts(),
              QList<QByteArray>{"FetchTask: void VFetchTaskPrivate::scheduleOneTimeUpdateIn(int) Thread: " +
                                threadText(QThread::currentThreadId()) + ' '});
-    QCOMPARE(PlatformCapture::lines().constFirst().priority, int(PlatformLogDebug));
+    QCOMPARE(PlatformCapture::lines().constFirst().priority, int(LogPriority::Debug));
 }
 
 void TestFetchTaskReports::refusedRun_hasItsLines()
 {
-    {
-        WatchingTask task(9);
-        task.refuses = true;
-        task.run();
-    }
+    auto task = std::make_unique<WatchingTask>(9);
+    task->refuses = true;
 
-    QCOMPARE(PlatformCapture::texts(PlatformLogDebug),
+    task->run();
+    task.reset();
+
+    QCOMPARE(PlatformCapture::texts(LogPriority::Debug),
              QList<QByteArray>{"FetchTask. Prepare has returned false. Task 9 skipped."});
     QCOMPARE(CurlFake::requestCount(), 0);
     QCOMPARE(
-        PlatformCapture::texts(PlatformLogVerbose),
+        PlatformCapture::texts(LogPriority::Verbose),
         (QList<QByteArray>{"Fetch task created",
                            "FetchTask: 9 is running in thread 0x" + threadText(QThread::currentThreadId()),
                            "Fetch task deleted"}));

@@ -11,8 +11,8 @@ private Q_SLOTS:
     void parameters_becomePairs();
     void rawBody_takesTheirPlace_data();
     void rawBody_takesTheirPlace();
-    void nullValues_data();
-    void nullValues();
+    void value_countsAsNullOrNot_data();
+    void value_countsAsNullOrNot();
 };
 
 void TestFormBody::parameters_becomePairs_data()
@@ -28,9 +28,9 @@ void TestFormBody::parameters_becomePairs_data()
         << QVariantMap{{a, QStringLiteral("x&y=z%20 +\n/?")}} << QByteArray("a=x&y=z%20 +\n/?");
     QTest::newRow("UTF-8") << QVariantMap{{a, QString::fromUtf8("\xc3\xbc\xe2\x82\xac\xf0\x9f\x98\x80")}}
                            << QByteArray("a=\xc3\xbc\xe2\x82\xac\xf0\x9f\x98\x80");
-    QTest::newRow("empty text is sent")
+    QTest::newRow("empty string is sent")
         << QVariantMap{{a, QStringLiteral("")}, {b, 1}} << QByteArray("a=&b=1");
-    QTest::newRow("null text is skipped") << QVariantMap{{a, QString()}, {b, 1}} << QByteArray("b=1");
+    QTest::newRow("null string is skipped") << QVariantMap{{a, QString()}, {b, 1}} << QByteArray("b=1");
     QTest::newRow("invalid value is skipped") << QVariantMap{{a, QVariant()}, {b, 1}} << QByteArray("b=1");
     QTest::newRow("empty name is skipped") << QVariantMap{{QString(), 1}, {b, 1}} << QByteArray("b=1");
     QTest::newRow("all skipped") << QVariantMap{{a, QVariant()}, {QString(), 1}} << QByteArray();
@@ -42,7 +42,10 @@ void TestFormBody::parameters_becomePairs_data()
 void TestFormBody::parameters_becomePairs()
 {
     QFETCH(QVariantMap, parameters);
-    QTEST(requestBody(parameters, QByteArray()), "body");
+
+    const QByteArray made = requestBody(parameters, QByteArray());
+
+    QTEST(made, "body");
 }
 
 void TestFormBody::rawBody_takesTheirPlace_data()
@@ -59,26 +62,32 @@ void TestFormBody::rawBody_takesTheirPlace_data()
 void TestFormBody::rawBody_takesTheirPlace()
 {
     QFETCH(QByteArray, raw);
-    QTEST(requestBody({{QStringLiteral("a"), 1}}, raw), "body");
+
+    const QByteArray made = requestBody({{QStringLiteral("a"), 1}}, raw);
+
+    QTEST(made, "body");
 }
 
-void TestFormBody::nullValues_data()
+void TestFormBody::value_countsAsNullOrNot_data()
 {
     QTest::addColumn<QVariant>("value");
     QTest::addColumn<bool>("null");
     QTest::newRow("invalid") << QVariant() << true;
-    QTest::newRow("null text") << QVariant(QString()) << true;
-    QTest::newRow("empty text") << QVariant(QStringLiteral("")) << false;
+    QTest::newRow("null string") << QVariant(QString()) << true;
+    QTest::newRow("empty string") << QVariant(QStringLiteral("")) << false;
     QTest::newRow("null bytes") << QVariant(QByteArray()) << true;
     QTest::newRow("empty bytes") << QVariant(QByteArray("")) << false;
     QTest::newRow("null pointer") << QVariant::fromValue(nullptr) << true;
     QTest::newRow("zero") << QVariant(0) << false;
 }
 
-void TestFormBody::nullValues()
+void TestFormBody::value_countsAsNullOrNot()
 {
     QFETCH(QVariant, value);
-    QTEST(isNullValue(value), "null");
+
+    const bool isNull = isNullValue(value);
+
+    QTEST(isNull, "null");
 }
 
 QTEST_GUILESS_MAIN(TestFormBody)

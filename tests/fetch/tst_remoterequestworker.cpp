@@ -1,7 +1,7 @@
 #include "curlfake.h"
 #include "fetcherprobe.h"
+#include "membersof.h"
 #include "platformcapture.h"
-#include "platformlog.h"
 #include "remoterequestworker.h"
 #include "remotetaskwithdescription.h"
 
@@ -100,23 +100,17 @@ void TestRemoteRequestWorker::init()
 
 void TestRemoteRequestWorker::metaObject_listsSignalsAndSlotsInOrder()
 {
-    const QMetaObject &meta = RemoteRequestWorker::staticMetaObject;
-    QStringList listed;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
-        QByteArray line = meta.method(i).methodSignature();
-        const QList<QByteArray> names = meta.method(i).parameterNames();
-        for (const QByteArray &name : names) {
-            line += ' ' + name;
-        }
-        listed.append(QString::fromLatin1(line));
-    }
-    QCOMPARE(listed,
-             (QStringList{QStringLiteral("workerFinished()"),
-                          QStringLiteral("taskSuccess(QByteArray&,RemoteTaskDescription) data descr"),
-                          QStringLiteral("taskFailed(int,QByteArray&,RemoteTaskDescription) code data descr"),
-                          QStringLiteral("workerThreadFinished()"),
-                          QStringLiteral("taskSuccessSlot(QByteArray) data"),
-                          QStringLiteral("taskFailedSlot(int,QByteArray) code data")}));
+    const QStringList members = membersOf(RemoteRequestWorker::staticMetaObject);
+
+    QCOMPARE(
+        members,
+        (QStringList{
+            QStringLiteral("signal void workerFinished()"),
+            QStringLiteral("signal void taskSuccess(QByteArray& data, RemoteTaskDescription descr)"),
+            QStringLiteral("signal void taskFailed(int code, QByteArray& data, RemoteTaskDescription descr)"),
+            QStringLiteral("signal void workerThreadFinished()"),
+            QStringLiteral("slot void taskSuccessSlot(QByteArray data)"),
+            QStringLiteral("slot void taskFailedSlot(int code, QByteArray data)")}));
 }
 
 void TestRemoteRequestWorker::result_carriesTheDescription_data()
@@ -223,7 +217,7 @@ void TestRemoteRequestWorker::removeTask_ofOneNotHeldIsSilent()
 
     worker.removeTask(&task);
 
-    QVERIFY(PlatformCapture::texts(PlatformLogWarning).isEmpty());
+    QVERIFY(PlatformCapture::texts(LogPriority::Warning).isEmpty());
 }
 
 void TestRemoteRequestWorker::removeTask_whileHeldEndsInAWarning()
@@ -235,7 +229,7 @@ void TestRemoteRequestWorker::removeTask_whileHeldEndsInAWarning()
 
     worker.removeTask(&task);
 
-    QCOMPARE(PlatformCapture::texts(PlatformLogWarning), QList<QByteArray>{"DataFetcher: Wrong task id"});
+    QCOMPARE(PlatformCapture::texts(LogPriority::Warning), QList<QByteArray>{"DataFetcher: Wrong task id"});
     QCOMPARE(probe.queued(), 1);
 }
 
@@ -309,7 +303,7 @@ void TestRemoteRequestWorker::disposedTask_isDeletedHereBehindItsResults()
 
     QCOMPARE(deletedOn, QThread::currentThread());
     QCOMPARE(resultsWhenDeleted, 2);
-    QVERIFY(PlatformCapture::texts(PlatformLogWarning).isEmpty()); // no result lost its sender
+    QVERIFY(PlatformCapture::texts(LogPriority::Warning).isEmpty()); // no result lost its sender
 }
 
 void TestRemoteRequestWorker::disposedTask_thatNeverRan_isDeleted()

@@ -8,21 +8,31 @@ class TestRemoteTaskDescription : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void kinds_haveTheirNumbers();
-    void comparison_data();
-    void comparison();
+    void kind_hasItsNumber_data();
+    void kind_hasItsNumber();
+    void descriptions_areComparedFieldByField_data();
+    void descriptions_areComparedFieldByField();
     void task_carriesItsDescription();
 };
 
-void TestRemoteTaskDescription::kinds_haveTheirNumbers()
+void TestRemoteTaskDescription::kind_hasItsNumber_data()
 {
-    QCOMPARE(static_cast<int>(RemoteTaskDescription::Register), 1);
-    QCOMPARE(static_cast<int>(RemoteTaskDescription::Delete), 2);
-    QCOMPARE(static_cast<int>(RemoteTaskDescription::Update), 3);
-    QCOMPARE(static_cast<int>(RemoteTaskDescription::GetList), 4);
+    QTest::addColumn<int>("kind");
+    QTest::addColumn<int>("number");
+    QTest::newRow("Register") << int(RemoteTaskDescription::Register) << 1;
+    QTest::newRow("Delete") << int(RemoteTaskDescription::Delete) << 2;
+    QTest::newRow("Update") << int(RemoteTaskDescription::Update) << 3;
+    QTest::newRow("GetList") << int(RemoteTaskDescription::GetList) << 4;
 }
 
-void TestRemoteTaskDescription::comparison_data()
+void TestRemoteTaskDescription::kind_hasItsNumber()
+{
+    QFETCH(int, kind);
+
+    QTEST(kind, "number");
+}
+
+void TestRemoteTaskDescription::descriptions_areComparedFieldByField_data()
 {
     QTest::addColumn<int>("typeA");
     QTest::addColumn<QString>("idA");
@@ -43,7 +53,7 @@ void TestRemoteTaskDescription::comparison_data()
     QTest::newRow("all differ: each is less") << 1 << a << 0 << 2 << b << 1 << false << true << true;
 }
 
-void TestRemoteTaskDescription::comparison()
+void TestRemoteTaskDescription::descriptions_areComparedFieldByField()
 {
     QFETCH(int, typeA);
     QFETCH(QString, idA);
@@ -54,17 +64,25 @@ void TestRemoteTaskDescription::comparison()
     const QString key = QStringLiteral("k");
     const RemoteTaskDescription a = {typeA, idA, {{key, dataA}}};
     const RemoteTaskDescription b = {typeB, idB, {{key, dataB}}};
-    QTEST(a == b, "equal");
-    QCOMPARE(a != b, !(a == b));
-    QTEST(a < b, "less");
-    QTEST(b < a, "greater");
+
+    const bool isEqual = a == b;
+    const bool isDifferent = a != b;
+    const bool isLess = a < b;
+    const bool isGreater = b < a;
+
+    QTEST(isEqual, "equal");
+    QCOMPARE(isDifferent, !isEqual);
+    QTEST(isLess, "less");
+    QTEST(isGreater, "greater");
 }
 
 void TestRemoteTaskDescription::task_carriesItsDescription()
 {
     const RemoteTaskDescription descr = {
         3, QStringLiteral("u"), {{QStringLiteral("name"), QStringLiteral("n")}}};
+
     const RemoteTaskWithDescription task(descr);
+
     QVERIFY(task.description == descr);
     QCOMPARE(task.id(), 0);
     QCOMPARE(task.type(), VFetchTask::SingleShot);

@@ -1,6 +1,5 @@
 #include "httpserver.h"
 #include "platformcapture.h"
-#include "platformlog.h"
 #include "servewhile.h"
 #include "vfetchtask.h"
 
@@ -147,7 +146,6 @@ void TestTransfer::form_carriesTextAndFile()
     QVERIFY(file.open(QIODevice::WriteOnly));
     file.write("content of the file");
     file.close();
-
     Server server;
     server.queueAnswer(200, "");
     VFetchTask task(1);
@@ -264,7 +262,7 @@ void TestTransfer::unresolvedHost_isCodeSix()
 
     QCOMPARE(failures.count(), 1);
     QCOMPARE(failures.at(0).at(0).toInt(), 6);
-    QVERIFY(PlatformCapture::texts(PlatformLogError)
+    QVERIFY(PlatformCapture::texts(LogPriority::Error)
                 .constFirst()
                 .startsWith("FetchTask: [Error] 6 http://no-such-host.invalid/ "));
 }

@@ -1,26 +1,12 @@
 #include "fetcherprobe.h"
+#include "membersof.h"
 #include "platformcapture.h"
-#include "platformlog.h"
 #include "scriptedtask.h"
 #include "threadtext.h"
 #include "vdatafetcher.h"
 
 #include <QSignalSpy>
 #include <QtTest>
-
-namespace
-{
-
-QStringList slotNames(const QMetaObject &meta)
-{
-    QStringList names;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
-        names.append(QString::fromLatin1(meta.method(i).methodSignature()));
-    }
-    return names;
-}
-
-} // namespace
 
 /// What a fetcher knows, and its thread. In each test the tasks stand before their fetcher, whose thread may
 /// still be leaving their run at the end.
@@ -67,19 +53,20 @@ void TestVDataFetcher::init()
 
 void TestVDataFetcher::metaObjects_listSignalsAndSlotsInOrder()
 {
-    const QMetaObject &meta = VDataFetcher::staticMetaObject;
+    const QStringList members = membersOf(VDataFetcher::staticMetaObject);
+    const QStringList privateMembers = membersOf(VDataFetcherPrivate::staticMetaObject);
 
-    QCOMPARE(slotNames(meta), (QStringList{QStringLiteral("taskSuccess(int,VFetchTask*)"),
-                                           QStringLiteral("taskFailure(int,VFetchTask*)")}));
-    QCOMPARE(meta.method(meta.methodOffset()).parameterNames(), (QList<QByteArray>{"id", "task"}));
-    QCOMPARE(
-        slotNames(VDataFetcherPrivate::staticMetaObject),
-        (QStringList{QStringLiteral("processNextTask()"), QStringLiteral("addTaskToExecQueue()"),
-                     QStringLiteral("addTaskToExecQueue(VFetchTask*)"),
-                     QStringLiteral("removeTaskFromExecQueue(VFetchTask*)"),
-                     QStringLiteral("taskFinishedSuccess(QByteArray)"),
-                     QStringLiteral("taskFinishedFailure(int,QByteArray)"),
-                     QStringLiteral("taskInvokeIntervalChanged()"), QStringLiteral("taskTypeChanged()")}));
+    QCOMPARE(members, (QStringList{QStringLiteral("signal void taskSuccess(int id, VFetchTask* task)"),
+                                   QStringLiteral("signal void taskFailure(int id, VFetchTask* task)")}));
+    QCOMPARE(privateMembers,
+             (QStringList{QStringLiteral("slot void processNextTask()"),
+                          QStringLiteral("slot void addTaskToExecQueue()"),
+                          QStringLiteral("slot void addTaskToExecQueue(VFetchTask* task)"),
+                          QStringLiteral("slot void removeTaskFromExecQueue(VFetchTask* task)"),
+                          QStringLiteral("slot void taskFinishedSuccess(QByteArray body)"),
+                          QStringLiteral("slot void taskFinishedFailure(int code, QByteArray body)"),
+                          QStringLiteral("slot void taskInvokeIntervalChanged()"),
+                          QStringLiteral("slot void taskTypeChanged()")}));
 }
 
 void TestVDataFetcher::addedTask_runsOnTheWorkerThread()
@@ -119,7 +106,7 @@ void TestVDataFetcher::singleShotWithInterval_isWarnedAboutAndRuns()
 
     fetcher.addFetchTask(&task, 3, true);
 
-    QCOMPARE(PlatformCapture::texts(PlatformLogWarning),
+    QCOMPARE(PlatformCapture::texts(LogPriority::Warning),
              QList<QByteArray>{"DataFetcher: Single shot task id=4 contains invoke interval 3"});
     QCOMPARE(task.invokeInterval(), 3);
     QTRY_COMPARE(Runs::ids(), QList<int>{4});
@@ -190,7 +177,7 @@ void TestVDataFetcher::deprecatedAdd_warnsAndKeepsTheTasksId()
 
     fetcher.addFetchTask(77, &task, 0, true);
 
-    QCOMPARE(PlatformCapture::texts(PlatformLogWarning),
+    QCOMPARE(PlatformCapture::texts(LogPriority::Warning),
              QList<QByteArray>{"DataFetcher: deprecated api. Use addFetchTask(VFetchTask, int, bool)"});
     QCOMPARE(PlatformCapture::count(
                  "DataFetcher: Task id=77, invoke interval: 0 has been added to processing queue."),
@@ -221,7 +208,7 @@ void TestVDataFetcher::deprecatedLookUp_warns()
     VFetchTask *const found = fetcher.fetchTask(1);
 
     QCOMPARE(found, &task);
-    QCOMPARE(PlatformCapture::texts(PlatformLogWarning),
+    QCOMPARE(PlatformCapture::texts(LogPriority::Warning),
              QList<QByteArray>{"DataFetcher: deprecated API. Use fetchTaskById(int) instead"});
 }
 
@@ -296,7 +283,7 @@ void TestVDataFetcher::removedTaskOfUnknownId_isWarnedAbout()
     fetcher.removeFetchTask(3);
 
     QCOMPARE(PlatformCapture::texts(), QList<QByteArray>{"DataFetcher: Wrong task id"});
-    QCOMPARE(PlatformCapture::lines().constFirst().priority, int(PlatformLogWarning));
+    QCOMPARE(PlatformCapture::lines().constFirst().priority, int(LogPriority::Warning));
     QCOMPARE(single.connections(), 5);
 }
 
@@ -310,7 +297,7 @@ void TestVDataFetcher::startTwice_warns()
 
     fetcher.startProcessing();
 
-    QCOMPARE(PlatformCapture::texts(PlatformLogWarning),
+    QCOMPARE(PlatformCapture::texts(LogPriority::Warning),
              QList<QByteArray>{"DataFetcher: Fetcher already running"});
 }
 
@@ -322,14 +309,14 @@ void TestVDataFetcher::stopTwice_warns()
 
     fetcher.stopProcessing();
     QVERIFY(!fetcher.isRunning());
-    QCOMPARE(PlatformCapture::texts(PlatformLogDebug),
+    QCOMPARE(PlatformCapture::texts(LogPriority::Debug),
              (QList<QByteArray>{"VDataFetcher: stop processing", "DataFetcher: Processing stopped."}));
     fetcher.stopProcessing();
     QTRY_VERIFY(FetcherProbe(fetcher).threadIsGone()); // it deletes itself
     fetcher.stopProcessing();
 
     QCOMPARE(
-        PlatformCapture::texts(PlatformLogWarning),
+        PlatformCapture::texts(LogPriority::Warning),
         (QList<QByteArray>{"DataFetcher: Fetcher already stopped", "DataFetcher: Fetcher already stopped"}));
 }
 
@@ -364,7 +351,7 @@ void TestVDataFetcher::addAfterStop_isRefused()
     const QByteArray refused = "DataFetcher: Fetcher can not be started again";
     const QByteArray notRun =
         "DataFetcher: Task id=1 can not be run, there is no thread. It counts as failed.";
-    QCOMPARE(PlatformCapture::texts(PlatformLogWarning),
+    QCOMPARE(PlatformCapture::texts(LogPriority::Warning),
              (QList<QByteArray>{refused, notRun, refused, notRun}));
     QCOMPARE(probe.queued(), 0);
     QCOMPARE(task.thread(), QThread::currentThread()); // no dead thread holds it

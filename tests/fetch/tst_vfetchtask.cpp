@@ -1,3 +1,4 @@
+#include "membersof.h"
 #include "platformcapture.h"
 #include "vfetchtask.h"
 #include "vfetchtask_p.h"
@@ -20,25 +21,6 @@ VFetchTaskPrivate *privateHalf(const VFetchTask &task)
     return task.findChild<VFetchTaskPrivate *>();
 }
 
-QStringList signatures(const QMetaObject &meta)
-{
-    QStringList list;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
-        const QMetaMethod method = meta.method(i);
-        QStringList arguments;
-        const QList<QByteArray> types = method.parameterTypes();
-        const QList<QByteArray> names = method.parameterNames();
-        for (int a = 0; a < types.size(); ++a) {
-            arguments.append(
-                QString::fromLatin1(types.at(a) + (names.at(a).isEmpty() ? "" : " ") + names.at(a)));
-        }
-        list.append(QStringLiteral("%1 %2(%3)")
-                        .arg(QString::fromLatin1(method.typeName()), QString::fromLatin1(method.name()),
-                             arguments.join(QStringLiteral(", "))));
-    }
-    return list;
-}
-
 } // namespace
 
 Q_DECLARE_METATYPE(Access)
@@ -52,7 +34,8 @@ private Q_SLOTS:
 
     void metaObject_listsSignalsThenMethodsInOrder();
     void typeChanged_canCrossThreads();
-    void types_haveTheirNumbers();
+    void typeAndMethod_haveTheirNumbers_data();
+    void typeAndMethod_haveTheirNumbers();
     void newTask_hasItsDefaults();
     void setInvokeInterval_announcesChangesOnly();
     void setType_announcesChangesOnly();
@@ -72,13 +55,18 @@ private Q_SLOTS:
 
 void TestVFetchTask::metaObject_listsSignalsThenMethodsInOrder()
 {
-    QCOMPARE(VFetchTask::staticMetaObject.className(), "VFetchTask");
-    QCOMPARE(signatures(VFetchTask::staticMetaObject),
-             (QStringList{QStringLiteral("void doUpdate()"), QStringLiteral("void success(QByteArray body)"),
-                          QStringLiteral("void failure(int code, QByteArray body)"),
-                          QStringLiteral("void invokeIntervalChanged(int newInterval)"),
-                          QStringLiteral("void typeChanged(VFetchTask::VFetchTaskType newType)"),
-                          QStringLiteral("bool prepare()"), QStringLiteral("void run()")}));
+    const QMetaObject &meta = VFetchTask::staticMetaObject;
+
+    const QStringList members = membersOf(meta);
+
+    QCOMPARE(meta.className(), "VFetchTask");
+    QCOMPARE(members,
+             (QStringList{QStringLiteral("signal void doUpdate()"),
+                          QStringLiteral("signal void success(QByteArray body)"),
+                          QStringLiteral("signal void failure(int code, QByteArray body)"),
+                          QStringLiteral("signal void invokeIntervalChanged(int newInterval)"),
+                          QStringLiteral("signal void typeChanged(VFetchTask::VFetchTaskType newType)"),
+                          QStringLiteral("method bool prepare()"), QStringLiteral("method void run()")}));
 }
 
 void TestVFetchTask::typeChanged_canCrossThreads()
@@ -93,21 +81,31 @@ void TestVFetchTask::typeChanged_canCrossThreads()
     QVERIFY(meta->method(typeChanged).parameterType(0) != QMetaType::UnknownType);
 }
 
-void TestVFetchTask::types_haveTheirNumbers()
+void TestVFetchTask::typeAndMethod_haveTheirNumbers_data()
 {
-    QCOMPARE(static_cast<int>(VFetchTask::SingleShot), 0);
-    QCOMPARE(static_cast<int>(VFetchTask::Periodic), 1);
-    QCOMPARE(static_cast<int>(VFetchTask::Get), 0);
-    QCOMPARE(static_cast<int>(VFetchTask::Post), 1);
-    QCOMPARE(static_cast<int>(VFetchTask::Put), 2);
-    QCOMPARE(static_cast<int>(VFetchTask::PostForm), 3);
-    QCOMPARE(static_cast<int>(VFetchTask::Delete), 4);
-    QCOMPARE(static_cast<int>(VFetchTask::Custom), 5);
+    QTest::addColumn<int>("value");
+    QTest::addColumn<int>("number");
+    QTest::newRow("SingleShot") << int(VFetchTask::SingleShot) << 0;
+    QTest::newRow("Periodic") << int(VFetchTask::Periodic) << 1;
+    QTest::newRow("Get") << int(VFetchTask::Get) << 0;
+    QTest::newRow("Post") << int(VFetchTask::Post) << 1;
+    QTest::newRow("Put") << int(VFetchTask::Put) << 2;
+    QTest::newRow("PostForm") << int(VFetchTask::PostForm) << 3;
+    QTest::newRow("Delete") << int(VFetchTask::Delete) << 4;
+    QTest::newRow("Custom") << int(VFetchTask::Custom) << 5;
+}
+
+void TestVFetchTask::typeAndMethod_haveTheirNumbers()
+{
+    QFETCH(int, value);
+
+    QTEST(value, "number");
 }
 
 void TestVFetchTask::newTask_hasItsDefaults()
 {
     const VFetchTask task(7);
+
     QCOMPARE(task.id(), 7);
     QCOMPARE(task.invokeInterval(), 0);
     QCOMPARE(task.type(), VFetchTask::Periodic);
@@ -248,9 +246,12 @@ void TestVFetchTask::hooks_doNothing()
 {
     VFetchTask task(1);
 
-    QVERIFY(task.prepare());
-    QVERIFY(!task.isCancelable());
+    const bool isPrepared = task.prepare();
+    const bool isCancelable = task.isCancelable();
     task.cancel();
+
+    QVERIFY(isPrepared);
+    QVERIFY(!isCancelable);
 }
 
 void TestVFetchTask::oneTimeUpdate_isAskedForOnce()

@@ -49,24 +49,31 @@ void TestVThread::neverStarted_canBeDestroyedAtOnce()
     QCOMPARE(thread->children().size(), 1);
     const QPointer<QObject> privateHalf = thread->children().constFirst();
     QCOMPARE(privateHalf->metaObject()->className(), "VThreadPrivate");
+
     delete thread;
+
     QVERIFY(privateHalf.isNull());
 }
 
 void TestVThread::metaObject_hasItsClassNameAndNothingElse()
 {
-    const QMetaObject &meta = VThread::staticMetaObject;
+    const VThread thread(nullptr);
+
+    const QMetaObject &meta = *thread.metaObject();
+
     QCOMPARE(meta.className(), "VThread");
     QCOMPARE(meta.methodCount(), meta.methodOffset());
     QCOMPARE(meta.propertyCount(), meta.propertyOffset());
-    VThread thread(nullptr);
     QVERIFY(thread.inherits("QThread"));
 }
 
 void TestVThread::stack_is256KiB()
 {
     const VThread thread(nullptr);
-    QCOMPARE(thread.stackSize(), 262144U);
+
+    const uint bytes = thread.stackSize();
+
+    QCOMPARE(bytes, 262144U);
 }
 
 void TestVThread::finishedThread_deletesItself()
@@ -76,7 +83,9 @@ void TestVThread::finishedThread_deletesItself()
     connect(thread, &QThread::finished, thread, &QObject::deleteLater);
     thread->start(QThread::InheritPriority);
     QVERIFY(thread->isRunning());
+
     thread->quit();
+
     QVERIFY(thread->wait());
     QTRY_VERIFY(guarded.isNull());
 }
@@ -87,17 +96,19 @@ void TestVThread::movedObject_isCalledInOrderOnTheThread()
     Recorder recorder;
     recorder.moveToThread(&thread);
     thread.start(QThread::InheritPriority);
+
     for (int i = 0; i < 100; ++i) {
         QMetaObject::invokeMethod(&recorder, "note", Qt::QueuedConnection, Q_ARG(int, i));
     }
     QMetaObject::invokeMethod(&recorder, "note", Qt::BlockingQueuedConnection, Q_ARG(int, 100));
+    thread.quit();
+    QVERIFY(thread.wait());
+
     QCOMPARE(recorder.numbers.size(), 101);
     QVERIFY(std::is_sorted(recorder.numbers.cbegin(), recorder.numbers.cend()));
     QCOMPARE(recorder.calledOn, static_cast<QThread *>(&thread));
     QVERIFY(recorder.stackBytes >= 262144);
     QVERIFY(recorder.stackBytes < 2 * 262144);
-    thread.quit();
-    QVERIFY(thread.wait());
 }
 
 QTEST_GUILESS_MAIN(TestVThread)

@@ -1,4 +1,5 @@
 #include "buscalls.h"
+#include "membersof.h"
 #include "openmanager.h"
 #include "platformcapture.h"
 
@@ -10,20 +11,6 @@ namespace
 
 const QByteArray noWidgetsLine = "QWixtApplicationManager: cant get widgets list ";
 const QByteArray processLine = "QWixtApplicationManager: Start process requests";
-
-QStringList methodsOf(const QMetaObject &meta)
-{
-    QStringList list;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
-        QByteArray line = meta.method(i).methodSignature();
-        const QList<QByteArray> names = meta.method(i).parameterNames();
-        for (const QByteArray &name : names) {
-            line += ' ' + name;
-        }
-        list.append(QString::fromLatin1(line));
-    }
-    return list;
-}
 
 /// The last step of a state change that the debug lines tell.
 QByteArray action(const QSignalSpy &ready)
@@ -52,7 +39,8 @@ private Q_SLOTS:
     void init();
     void cleanup();
 
-    void states_haveTheirNumbers();
+    void state_hasItsNumber_data();
+    void state_hasItsNumber();
     void refreshTimer_wouldFetchTheList();
     void metaObject_listsSignalsAndSlotsInOrder();
     void construction_isQuietAndSetsUpTheDormantTimer();
@@ -112,29 +100,42 @@ void TestManagerStates::cleanup()
     widgets.reset();
 }
 
-void TestManagerStates::states_haveTheirNumbers()
+void TestManagerStates::state_hasItsNumber_data()
 {
-    QCOMPARE(static_cast<int>(QWixtApplicationManager::WaitForDaemonsToStart), 0);
-    QCOMPARE(static_cast<int>(QWixtApplicationManager::NotSetuped), 1);
-    QCOMPARE(static_cast<int>(QWixtApplicationManager::NoInternet), 2);
-    QCOMPARE(static_cast<int>(QWixtApplicationManager::WaitForList), 3);
-    QCOMPARE(static_cast<int>(QWixtApplicationManager::Ready), 4);
+    QTest::addColumn<int>("state");
+    QTest::addColumn<int>("number");
+    QTest::newRow("WaitForDaemonsToStart") << int(QWixtApplicationManager::WaitForDaemonsToStart) << 0;
+    QTest::newRow("NotSetuped") << int(QWixtApplicationManager::NotSetuped) << 1;
+    QTest::newRow("NoInternet") << int(QWixtApplicationManager::NoInternet) << 2;
+    QTest::newRow("WaitForList") << int(QWixtApplicationManager::WaitForList) << 3;
+    QTest::newRow("Ready") << int(QWixtApplicationManager::Ready) << 4;
+}
+
+void TestManagerStates::state_hasItsNumber()
+{
+    QFETCH(int, state);
+
+    QTEST(state, "number");
 }
 
 void TestManagerStates::metaObject_listsSignalsAndSlotsInOrder()
 {
+    const QStringList members = membersOf(QWixtApplicationManager::staticMetaObject);
+
     QCOMPARE(
-        methodsOf(QWixtApplicationManager::staticMetaObject),
+        members,
         (QStringList{
-            text("applicationRegistered(QString,QString,QString) uuid qwixId type"),
-            text("applicationDeleted(QString,QString,QString) uuid qwixtid type"), text("readyToWork()"),
-            text("getListOfRemoteApps()"),
-            text("workerFinishedWithSuccess(QByteArray&,RemoteTaskDescription) data descr"),
-            text("workerFinishedWithFail(int,QByteArray&,RemoteTaskDescription) code data descr"),
-            text("widgetDeleted(QString,QString) packageId widgetId"),
-            text("widgetCreated(QString,QString) packageId widgteId"), text("setupFinished(QString) apiKey"),
-            text("vorletDaemonStarted()"), text("windowManagerStarted()"),
-            text("internetAvailabilityStateChanged(bool) isAvailable"), text("delayedTaskTimeout()")}));
+            text("signal void applicationRegistered(QString uuid, QString qwixId, QString type)"),
+            text("signal void applicationDeleted(QString uuid, QString qwixtid, QString type)"),
+            text("signal void readyToWork()"), text("slot void getListOfRemoteApps()"),
+            text("slot void workerFinishedWithSuccess(QByteArray& data, RemoteTaskDescription descr)"),
+            text("slot void workerFinishedWithFail(int code, QByteArray& data, RemoteTaskDescription descr)"),
+            text("slot void widgetDeleted(QString packageId, QString widgetId)"),
+            text("slot void widgetCreated(QString packageId, QString widgteId)"),
+            text("slot void setupFinished(QString apiKey)"), text("slot void vorletDaemonStarted()"),
+            text("slot void windowManagerStarted()"),
+            text("slot void internetAvailabilityStateChanged(bool isAvailable)"),
+            text("slot void delayedTaskTimeout()")}));
 }
 
 void TestManagerStates::construction_isQuietAndSetsUpTheDormantTimer()

@@ -16,19 +16,19 @@ class TestRemoteAppsApi : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void url();
-    void authorization_data();
-    void authorization();
-    void body_data();
-    void body();
-    void registerReply_data();
-    void registerReply();
-    void listReply_data();
-    void listReply();
-    void listReply_keepsEmptyTextsAndNulls();
+    void url_isTheAppsEndpointOfTheHost();
+    void key_becomesTheAuthorizationValue_data();
+    void key_becomesTheAuthorizationValue();
+    void description_becomesTheBody_data();
+    void description_becomesTheBody();
+    void registerReply_isRead_data();
+    void registerReply_isRead();
+    void listReply_isReadForOneDevice_data();
+    void listReply_isReadForOneDevice();
+    void listReply_keepsEmptyStringsAndNulls();
 };
 
-void TestRemoteAppsApi::url()
+void TestRemoteAppsApi::url_isTheAppsEndpointOfTheHost()
 {
     const QString host = text("host.example:8443");
 
@@ -37,7 +37,7 @@ void TestRemoteAppsApi::url()
     QCOMPARE(url, text("https://host.example:8443/api/v1/qwixt/apps"));
 }
 
-void TestRemoteAppsApi::authorization_data()
+void TestRemoteAppsApi::key_becomesTheAuthorizationValue_data()
 {
     QTest::addColumn<QString>("key");
     QTest::addColumn<QString>("value");
@@ -50,7 +50,7 @@ void TestRemoteAppsApi::authorization_data()
     QTest::newRow("standard alphabet") << text("?>?>?>") << text("Basic Oj8+Pz4/Pg==");
 }
 
-void TestRemoteAppsApi::authorization()
+void TestRemoteAppsApi::key_becomesTheAuthorizationValue()
 {
     QFETCH(QString, key);
 
@@ -59,46 +59,49 @@ void TestRemoteAppsApi::authorization()
     QTEST(header, "value");
 }
 
-void TestRemoteAppsApi::body_data()
+void TestRemoteAppsApi::description_becomesTheBody_data()
 {
     QTest::addColumn<int>("type");
     QTest::addColumn<QString>("id");
     QTest::addColumn<QVariantMap>("data");
     QTest::addColumn<QByteArray>("body");
-    QTest::newRow("register") << 1 << text("u1")
+    QTest::newRow("register") << int(RemoteTaskDescription::Register) << text("u1")
                               << QVariantMap{{text("name"), text("Clock")}, {text("type"), text("t")}}
                               << QByteArray("id=d9&identifier=u1&name=Clock&type=t");
-    QTest::newRow("register without data")
-        << 1 << text("u1") << QVariantMap() << QByteArray("id=d9&identifier=u1");
+    QTest::newRow("register without data") << int(RemoteTaskDescription::Register) << text("u1")
+                                           << QVariantMap() << QByteArray("id=d9&identifier=u1");
     QTest::newRow("register with more data")
-        << 1 << text("u1") << QVariantMap{{text("name"), text("n")}, {text("app_id"), text("x")}}
+        << int(RemoteTaskDescription::Register) << text("u1")
+        << QVariantMap{{text("name"), text("n")}, {text("app_id"), text("x")}}
         << QByteArray("id=d9&identifier=u1&name=n");
-    QTest::newRow("register with empty texts")
-        << 1 << text("") << QVariantMap{{text("name"), text("")}, {text("type"), text("")}}
+    QTest::newRow("register with empty strings")
+        << int(RemoteTaskDescription::Register) << text("")
+        << QVariantMap{{text("name"), text("")}, {text("type"), text("")}}
         << QByteArray("id=d9&identifier=&name=&type=");
-    QTest::newRow("update") << 3 << text("u1")
+    QTest::newRow("update") << int(RemoteTaskDescription::Update) << text("u1")
                             << QVariantMap{{text("app_id"), text("a7")},
                                            {text("name"), text("Clock")},
                                            {text("type"), text("t")}}
                             << QByteArray("app_id=a7&name=Clock&type=t");
     QTest::newRow("update with a number for an id")
-        << 3 << text("u1")
+        << int(RemoteTaskDescription::Update) << text("u1")
         << QVariantMap{{text("app_id"), 4711}, {text("name"), text("n")}, {text("type"), text("t")}}
         << QByteArray("app_id=4711&name=n&type=t");
-    QTest::newRow("delete") << 2 << text("u1")
+    QTest::newRow("delete") << int(RemoteTaskDescription::Delete) << text("u1")
                             << QVariantMap{{text("app_id"), text("a7")}, {text("type"), text("t")}}
                             << QByteArray("app_id=a7&type=t");
     QTest::newRow("delete sends its data as they are")
-        << 2 << text("u1") << QVariantMap{{text("app_id"), 5}, {text("zz"), text("y")}}
-        << QByteArray("app_id=5&zz=y");
-    QTest::newRow("list") << 4 << QString() << QVariantMap() << QByteArray();
-    QTest::newRow("odd values") << 1 << text("&=%")
+        << int(RemoteTaskDescription::Delete) << text("u1")
+        << QVariantMap{{text("app_id"), 5}, {text("zz"), text("y")}} << QByteArray("app_id=5&zz=y");
+    QTest::newRow("list") << int(RemoteTaskDescription::GetList) << QString() << QVariantMap()
+                          << QByteArray();
+    QTest::newRow("odd values") << int(RemoteTaskDescription::Register) << text("&=%")
                                 << QVariantMap{{text("name"), text("a b\n\xc3\xbc")},
                                                {text("type"), text("x=y&z")}}
                                 << QByteArray("id=d9&identifier=&=%&name=a b\n\xc3\xbc&type=x=y&z");
 }
 
-void TestRemoteAppsApi::body()
+void TestRemoteAppsApi::description_becomesTheBody()
 {
     QFETCH(int, type);
     QFETCH(QString, id);
@@ -109,12 +112,12 @@ void TestRemoteAppsApi::body()
     QTEST(requestBody(fields, QByteArray()), "body");
 }
 
-void TestRemoteAppsApi::registerReply_data()
+void TestRemoteAppsApi::registerReply_isRead_data()
 {
     QTest::addColumn<QByteArray>("reply");
     QTest::addColumn<QString>("appId");
     QTest::addColumn<QString>("status");
-    QTest::newRow("texts") << QByteArray(R"({"app_id":"a7","status":"ok"})") << text("a7") << text("ok");
+    QTest::newRow("strings") << QByteArray(R"({"app_id":"a7","status":"ok"})") << text("a7") << text("ok");
     QTest::newRow("number") << QByteArray(R"({"app_id":9007199254740993,"status":1})")
                             << text("9007199254740993") << text("1");
     QTest::newRow("missing") << QByteArray("{}") << text("") << text("");
@@ -124,7 +127,7 @@ void TestRemoteAppsApi::registerReply_data()
     QTest::newRow("array") << QByteArray(R"(["app_id"])") << text("") << text("");
 }
 
-void TestRemoteAppsApi::registerReply()
+void TestRemoteAppsApi::registerReply_isRead()
 {
     QFETCH(QByteArray, reply);
 
@@ -134,7 +137,7 @@ void TestRemoteAppsApi::registerReply()
     QTEST(read.status, "status");
 }
 
-void TestRemoteAppsApi::listReply_data()
+void TestRemoteAppsApi::listReply_isReadForOneDevice_data()
 {
     QTest::addColumn<QString>("remoteId");
     QTest::addColumn<QByteArray>("reply");
@@ -171,7 +174,7 @@ void TestRemoteAppsApi::listReply_data()
     QTest::newRow("cut off") << text("d9") << QByteArray(R"({"apps":[{"device_id":"d9")") << QStringList();
 }
 
-void TestRemoteAppsApi::listReply()
+void TestRemoteAppsApi::listReply_isReadForOneDevice()
 {
     QFETCH(QString, remoteId);
     QFETCH(QByteArray, reply);
@@ -186,7 +189,7 @@ void TestRemoteAppsApi::listReply()
     QTEST(records, "records");
 }
 
-void TestRemoteAppsApi::listReply_keepsEmptyTextsAndNulls()
+void TestRemoteAppsApi::listReply_keepsEmptyStringsAndNulls()
 {
     const QByteArray reply = R"({"apps":[{"device_id":"d9","app_id":"1","name":null,"type":""}]})";
 

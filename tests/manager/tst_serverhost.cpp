@@ -9,12 +9,12 @@ class TestServerHost : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void hostName_data();
-    void hostName();
+    void text_isAHostNameOrRefused_data();
+    void text_isAHostNameOrRefused();
     void environment_isReadOnceAndRefusedWithAWarning();
 };
 
-void TestServerHost::hostName_data()
+void TestServerHost::text_isAHostNameOrRefused_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<bool>("isHost");
@@ -29,30 +29,35 @@ void TestServerHost::hostName_data()
         }
     }
     QTest::newRow("empty") << QString() << false;
-    QTest::newRow("blank") << QStringLiteral("a b") << false;
-    QTest::newRow("trailing blank") << QStringLiteral("a ") << false;
+    QTest::newRow("space") << QStringLiteral("a b") << false;
+    QTest::newRow("trailing space") << QStringLiteral("a ") << false;
     QTest::newRow("line feed") << QStringLiteral("a\nb") << false;
     QTest::newRow("escape") << QStringLiteral("a\x1b") << false;
     QTest::newRow("delete character") << QStringLiteral("a\x7f") << false;
 }
 
-void TestServerHost::hostName()
+void TestServerHost::text_isAHostNameOrRefused()
 {
     QFETCH(QString, text);
-    QTEST(isHostName(text), "isHost");
+
+    const bool isAccepted = isHostName(text);
+
+    QTEST(isAccepted, "isHost");
 }
 
 void TestServerHost::environment_isReadOnceAndRefusedWithAWarning()
 {
     qputenv("QWIXTD_SERVER_HOST", "user@evil.example");
+
     const QString builtIn = serverHost();
-    QCOMPARE(PlatformCapture::texts(5),
+    qputenv("QWIXTD_SERVER_HOST", "later.example");
+    const QString later = serverHost();
+
+    QCOMPARE(PlatformCapture::texts(LogPriority::Warning),
              QList<QByteArray>{"QWIXTD: ignoring QWIXTD_SERVER_HOST: not a host name"});
     QVERIFY(isHostName(builtIn));
     QVERIFY(!builtIn.contains(QStringLiteral("evil")));
-
-    qputenv("QWIXTD_SERVER_HOST", "later.example");
-    QCOMPARE(serverHost(), builtIn);
+    QCOMPARE(later, builtIn);
     QCOMPARE(PlatformCapture::lines().size(), 1);
 }
 

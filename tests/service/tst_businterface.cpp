@@ -1,3 +1,4 @@
+#include "membersof.h"
 #include "platformcapture.h"
 #include "privatebus.h"
 #include "qwixtdbusadaptor.h"
@@ -6,28 +7,6 @@
 #include <QtTest>
 
 /// The adaptor and the service object, called in this process; the manager behind them waits for a device.
-namespace
-{
-
-/// Every method that the class itself declares, with the names of its arguments.
-QStringList membersOf(const QMetaObject &meta)
-{
-    QStringList members;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
-        const QMetaMethod method = meta.method(i);
-        QByteArray line = method.methodType() == QMetaMethod::Signal ? "signal " : "method ";
-        line += QByteArray(method.typeName()) + ' ' + method.methodSignature();
-        const QList<QByteArray> names = method.parameterNames();
-        for (const QByteArray &name : names) {
-            line += ' ' + name;
-        }
-        members.append(QString::fromLatin1(line));
-    }
-    return members;
-}
-
-} // namespace
-
 class TestBusInterface : public QObject
 {
     Q_OBJECT
@@ -59,12 +38,12 @@ void TestBusInterface::metaObject_isThePublishedInterface()
         members,
         (QStringList{
             QStringLiteral("signal void daemonDidStarted()"),
-            QStringLiteral("signal void applicationRegistered(QString,QString,QString) uuid qwixId type"),
-            QStringLiteral("signal void applicationDeleted(QString,QString,QString) uuid qwixtid type"),
-            QStringLiteral("method void registerQwixtApplication(QString,QString,QString) uuid name type"),
-            QStringLiteral("method void updateQwixtApplication(QString,QString,QString,QString)"
-                           " qwixtId uuid name type"),
-            QStringLiteral("method void deleteQwixtApplication(QString,QString,QString) qwixtId uuid type"),
+            QStringLiteral("signal void applicationRegistered(QString uuid, QString qwixId, QString type)"),
+            QStringLiteral("signal void applicationDeleted(QString uuid, QString qwixtid, QString type)"),
+            QStringLiteral("slot void registerQwixtApplication(QString uuid, QString name, QString type)"),
+            QStringLiteral("slot void updateQwixtApplication(QString qwixtId, QString uuid, QString name,"
+                           " QString type)"),
+            QStringLiteral("slot void deleteQwixtApplication(QString qwixtId, QString uuid, QString type)"),
         }));
 }
 
