@@ -40,12 +40,18 @@ private Q_SLOTS:
     void key_isGivenToDeviceAndServer();
     void clearedKey_isGoneFromTheDevice();
     void serverKey_isTheServersAlone();
-    void remoteId_isSetAndCleared();
+    void remoteId_isSet();
+    void remoteId_isCleared();
+    void internet_goesAndComes_data();
     void internet_goesAndComes();
-    void widgets_areCreatedAndDeleted();
-    void services_stopAndStart_data();
-    void services_stopAndStart();
-    void applications_areAddedListedAndRemoved();
+    void widget_isCreated();
+    void widget_isDeleted();
+    void service_isStopped_data();
+    void service_isStopped();
+    void service_isStarted_data();
+    void service_isStarted();
+    void applications_areAddedAndListed();
+    void application_isRemoved();
     void faultCommand_changesTheNextAnswers_data();
     void faultCommand_changesTheNextAnswers();
     void delayCommand_holdsAnswersUntilHeal();
@@ -53,11 +59,11 @@ private Q_SLOTS:
     void widgetCommand_callsTheDaemon_data();
     void widgetCommand_callsTheDaemon();
     void quit_isAnnounced();
-    void status_tellsTheDevice();
+    void status_describesTheDevice();
 
-    void trace_tellsBusCalls();
-    void trace_tellsRequests();
-    void trace_tellsAFailedHandshake();
+    void trace_showsBusCalls();
+    void trace_showsRequests();
+    void trace_showsAFailedHandshake();
     void trace_staysOneLine_data();
     void trace_staysOneLine();
     void trace_neverShowsTheKey();
@@ -66,6 +72,7 @@ private:
     QString type(const QString &line);
     HttpsClient::Result send(const QByteArray &method, const QByteArray &body = {});
     QDBusMessage askDaemon(const QString &member);
+    bool isRunning(bool daemon) const;
 
     PrivateBus bus;
     std::unique_ptr<DeviceSimulator> device;
@@ -119,12 +126,17 @@ QDBusMessage TestCommandInterpreter::askDaemon(const QString &member)
     return reply;
 }
 
+bool TestCommandInterpreter::isRunning(bool daemon) const
+{
+    return daemon ? device->daemon().isRunning() : device->widgetManager().isRunning();
+}
+
 void TestCommandInterpreter::words_areSplit_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<QStringList>("words");
-    QTest::newRow("blanks") << QStringLiteral("  a \t b  ")
-                            << QStringList{QStringLiteral("a"), QStringLiteral("b")};
+    QTest::newRow("spaces and tabs") << QStringLiteral("  a \t b  ")
+                                     << QStringList{QStringLiteral("a"), QStringLiteral("b")};
     QTest::newRow("nothing") << QStringLiteral("   ") << QStringList();
     QTest::newRow("quoted") << QStringLiteral("a \"b c\"")
                             << QStringList{QStringLiteral("a"), QStringLiteral("b c")};
@@ -141,19 +153,24 @@ void TestCommandInterpreter::words_areSplit()
     QFETCH(const QString, line);
     QFETCH(const QStringList, words);
     QStringList found;
-    QVERIFY(splitCommandWords(line, found));
+
+    const bool isSplit = splitCommandWords(line, found);
+
+    QVERIFY(isSplit);
     QCOMPARE(found, words);
 }
 
 void TestCommandInterpreter::openQuote_isRefused()
 {
     QStringList words;
-    QVERIFY(!splitCommandWords(QStringLiteral("a \"b"), words));
+
+    const bool isSplit = splitCommandWords(QStringLiteral("a \"b"), words);
+
+    QVERIFY(!isSplit);
 }
 
 void TestCommandInterpreter::help_listsEveryCommandThatIsAskedFor()
 {
-    const QString help = type(QStringLiteral("help"));
     const QStringList names{
         QStringLiteral("set-key"),       QStringLiteral("clear-key"),     QStringLiteral("server-key"),
         QStringLiteral("set-remote-id"), QStringLiteral("internet"),      QStringLiteral("clear-remote-id"),
@@ -163,6 +180,9 @@ void TestCommandInterpreter::help_listsEveryCommandThatIsAskedFor()
         QStringLiteral("close"),         QStringLiteral("no-json"),       QStringLiteral("heal"),
         QStringLiteral("register"),      QStringLiteral("update"),        QStringLiteral("delete"),
         QStringLiteral("status"),        QStringLiteral("quit"),          QStringLiteral("help")};
+
+    const QString help = type(QStringLiteral("help"));
+
     for (const QString &name : names) {
         QVERIFY2(help.contains(QStringLiteral("  %1 ").arg(name)), qPrintable(name));
     }
@@ -170,7 +190,11 @@ void TestCommandInterpreter::help_listsEveryCommandThatIsAskedFor()
 
 void TestCommandInterpreter::emptyLine_hasNoAnswer()
 {
-    QCOMPARE(type(QStringLiteral("  ")), QString());
+    const auto spaces = QStringLiteral("  ");
+
+    const QString answer = type(spaces);
+
+    QCOMPARE(answer, QString());
 }
 
 void TestCommandInterpreter::malformedLine_isAnsweredWithItsReason_data()
@@ -210,13 +234,19 @@ void TestCommandInterpreter::malformedLine_isAnsweredWithItsReason()
 {
     QFETCH(const QString, line);
     QFETCH(const QString, answer);
-    QCOMPARE(type(line), answer);
+
+    const QString answered = type(line);
+
+    QCOMPARE(answered, answer);
 }
 
 void TestCommandInterpreter::key_isGivenToDeviceAndServer()
 {
     QCOMPARE(send("GET").status, 401);
-    QCOMPARE(type(QStringLiteral("set-key topsecret")), QStringLiteral("ok"));
+
+    const QString answer = type(QStringLiteral("set-key topsecret"));
+
+    QCOMPARE(answer, QStringLiteral("ok"));
     QCOMPARE(send("GET").status, 200);
     QCOMPARE(askDaemon(QStringLiteral("apiKey")).arguments(), QVariantList{QStringLiteral("topsecret")});
 }
@@ -224,44 +254,92 @@ void TestCommandInterpreter::key_isGivenToDeviceAndServer()
 void TestCommandInterpreter::clearedKey_isGoneFromTheDevice()
 {
     type(QStringLiteral("set-key topsecret"));
-    QCOMPARE(type(QStringLiteral("clear-key")), QStringLiteral("ok"));
+
+    const QString answer = type(QStringLiteral("clear-key"));
+
+    QCOMPARE(answer, QStringLiteral("ok"));
     QCOMPARE(askDaemon(QStringLiteral("apiKey")).arguments(), QVariantList{QString::fromLatin1("")});
 }
 
 void TestCommandInterpreter::serverKey_isTheServersAlone()
 {
     type(QStringLiteral("set-key topsecret"));
-    QCOMPARE(type(QStringLiteral("server-key other")), QStringLiteral("ok"));
+
+    const QString answer = type(QStringLiteral("server-key other"));
+
+    QCOMPARE(answer, QStringLiteral("ok"));
     QCOMPARE(send("GET").status, 401);
     QCOMPARE(device->daemon().apiKey(), QStringLiteral("topsecret"));
 }
 
-void TestCommandInterpreter::remoteId_isSetAndCleared()
+void TestCommandInterpreter::remoteId_isSet()
 {
-    QCOMPARE(type(QStringLiteral("set-remote-id d9")), QStringLiteral("ok"));
-    QCOMPARE(askDaemon(QStringLiteral("remoteId")).arguments(), QVariantList{QStringLiteral("d9")});
-    QCOMPARE(type(QStringLiteral("clear-remote-id")), QStringLiteral("ok"));
     QCOMPARE(device->daemon().remoteId(), QString());
+
+    const QString answer = type(QStringLiteral("set-remote-id d9"));
+
+    QCOMPARE(answer, QStringLiteral("ok"));
+    QCOMPARE(askDaemon(QStringLiteral("remoteId")).arguments(), QVariantList{QStringLiteral("d9")});
+}
+
+void TestCommandInterpreter::remoteId_isCleared()
+{
+    type(QStringLiteral("set-remote-id d9"));
+
+    const QString answer = type(QStringLiteral("clear-remote-id"));
+
+    QCOMPARE(answer, QStringLiteral("ok"));
+    QCOMPARE(device->daemon().remoteId(), QString());
+}
+
+void TestCommandInterpreter::internet_goesAndComes_data()
+{
+    QTest::addColumn<bool>("isAvailable");
+    QTest::addColumn<QString>("line");
+    QTest::addColumn<QString>("answer");
+    QTest::addColumn<bool>("isAvailableThen");
+    const auto off = QStringLiteral("internet off");
+    const auto on = QStringLiteral("internet on");
+    QTest::newRow("goes") << true << off << QStringLiteral("ok") << false;
+    QTest::newRow("is gone already") << false << off << QStringLiteral("ok: it was off already") << false;
+    QTest::newRow("comes") << false << on << QStringLiteral("ok") << true;
 }
 
 void TestCommandInterpreter::internet_goesAndComes()
 {
-    QCOMPARE(type(QStringLiteral("internet off")), QStringLiteral("ok"));
-    QVERIFY(!device->daemon().isInternetAvailable());
-    QCOMPARE(type(QStringLiteral("internet off")), QStringLiteral("ok: it was off already"));
-    QCOMPARE(type(QStringLiteral("internet on")), QStringLiteral("ok"));
-    QVERIFY(device->daemon().isInternetAvailable());
+    QFETCH(const bool, isAvailable);
+    QFETCH(const QString, line);
+    QFETCH(const QString, answer);
+    QFETCH(const bool, isAvailableThen);
+    device->daemon().setInternetAvailable(isAvailable);
+
+    const QString answered = type(line);
+
+    QCOMPARE(answered, answer);
+    QCOMPARE(device->daemon().isInternetAvailable(), isAvailableThen);
 }
 
-void TestCommandInterpreter::widgets_areCreatedAndDeleted()
+void TestCommandInterpreter::widget_isCreated()
 {
-    QCOMPARE(type(QStringLiteral("create-widget w1")), QStringLiteral("ok"));
+    QCOMPARE(device->widgetManager().widgets(), QStringList());
+
+    const QString answer = type(QStringLiteral("create-widget w1"));
+
+    QCOMPARE(answer, QStringLiteral("ok"));
     QCOMPARE(device->widgetManager().widgets(), QStringList{QStringLiteral("w1")});
-    QCOMPARE(type(QStringLiteral("delete-widget w1")), QStringLiteral("ok"));
+}
+
+void TestCommandInterpreter::widget_isDeleted()
+{
+    type(QStringLiteral("create-widget w1"));
+
+    const QString answer = type(QStringLiteral("delete-widget w1"));
+
+    QCOMPARE(answer, QStringLiteral("ok"));
     QCOMPARE(device->widgetManager().widgets(), QStringList());
 }
 
-void TestCommandInterpreter::services_stopAndStart_data()
+void TestCommandInterpreter::service_isStopped_data()
 {
     QTest::addColumn<QString>("word");
     QTest::addColumn<bool>("isDaemon");
@@ -269,33 +347,65 @@ void TestCommandInterpreter::services_stopAndStart_data()
     QTest::newRow("widget manager") << QStringLiteral("widget-manager") << false;
 }
 
-void TestCommandInterpreter::services_stopAndStart()
+void TestCommandInterpreter::service_isStopped()
 {
     QFETCH(const QString, word);
     QFETCH(const bool, isDaemon);
-    const auto isRunning = [this](bool daemon) {
-        return daemon ? device->daemon().isRunning() : device->widgetManager().isRunning();
-    };
-    QCOMPARE(type(QStringLiteral("stop-service %1").arg(word)), QStringLiteral("ok"));
+    const auto line = QStringLiteral("stop-service %1").arg(word);
+
+    const QString first = type(line);
+    const QString second = type(line);
+
+    QCOMPARE(first, QStringLiteral("ok"));
+    QCOMPARE(second, QStringLiteral("ok: it was stopped already"));
     QVERIFY(!isRunning(isDaemon));
     QVERIFY(isRunning(!isDaemon));
-    QCOMPARE(type(QStringLiteral("stop-service %1").arg(word)), QStringLiteral("ok: it was stopped already"));
-    QCOMPARE(type(QStringLiteral("start-service %1").arg(word)), QStringLiteral("ok"));
-    QVERIFY(isRunning(isDaemon));
-    QCOMPARE(type(QStringLiteral("start-service %1").arg(word)),
-             QStringLiteral("ok: it was running already"));
 }
 
-void TestCommandInterpreter::applications_areAddedListedAndRemoved()
+void TestCommandInterpreter::service_isStarted_data()
+{
+    service_isStopped_data();
+}
+
+void TestCommandInterpreter::service_isStarted()
+{
+    QFETCH(const QString, word);
+    QFETCH(const bool, isDaemon);
+    const auto line = QStringLiteral("start-service %1").arg(word);
+    type(QStringLiteral("stop-service %1").arg(word));
+    QVERIFY(!isRunning(isDaemon));
+
+    const QString first = type(line);
+    const QString second = type(line);
+
+    QCOMPARE(first, QStringLiteral("ok"));
+    QCOMPARE(second, QStringLiteral("ok: it was running already"));
+    QVERIFY(isRunning(isDaemon));
+}
+
+void TestCommandInterpreter::applications_areAddedAndListed()
 {
     type(QStringLiteral("set-remote-id d9"));
-    QCOMPARE(type(QStringLiteral("add-app u1 \"My clock\" t")), QStringLiteral("ok: added as app-1"));
-    QCOMPARE(type(QStringLiteral("add-app u2 Rain t other")), QStringLiteral("ok: added as app-2"));
-    QCOMPARE(type(QStringLiteral("list")),
-             QStringLiteral("the server holds 2 application(s)\n"
-                            "  app-1 device \"d9\" identifier \"u1\" name \"My clock\" type \"t\"\n"
-                            "  app-2 device \"other\" identifier \"u2\" name \"Rain\" type \"t\""));
-    QCOMPARE(type(QStringLiteral("remove-app app-1")), QStringLiteral("ok"));
+
+    const QString first = type(QStringLiteral("add-app u1 \"My clock\" t"));
+    const QString second = type(QStringLiteral("add-app u2 Rain t other"));
+    const QString list = type(QStringLiteral("list"));
+
+    QCOMPARE(first, QStringLiteral("ok: added as app-1"));
+    QCOMPARE(second, QStringLiteral("ok: added as app-2"));
+    QCOMPARE(list, QStringLiteral("the server holds 2 application(s)\n"
+                                  "  app-1 device \"d9\" identifier \"u1\" name \"My clock\" type \"t\"\n"
+                                  "  app-2 device \"other\" identifier \"u2\" name \"Rain\" type \"t\""));
+}
+
+void TestCommandInterpreter::application_isRemoved()
+{
+    type(QStringLiteral("add-app u1 \"My clock\" t"));
+    type(QStringLiteral("add-app u2 Rain t other"));
+
+    const QString answer = type(QStringLiteral("remove-app app-1"));
+
+    QCOMPARE(answer, QStringLiteral("ok"));
     QCOMPARE(device->server().applications().size(), 1);
     QCOMPARE(device->server().applications().at(0).appId, QStringLiteral("app-2"));
 }
@@ -318,7 +428,10 @@ void TestCommandInterpreter::faultCommand_changesTheNextAnswers()
     QFETCH(const int, status);
     QFETCH(const QByteArray, body);
     type(QStringLiteral("set-key topsecret"));
-    QVERIFY(type(line).startsWith(QStringLiteral("ok: next 2 answer(s): ")));
+
+    const QString answer = type(line);
+
+    QVERIFY(answer.startsWith(QStringLiteral("ok: next 2 answer(s): ")));
     for (int number = 0; number < 2; ++number) {
         const HttpsClient::Result result = send("GET");
         QCOMPARE(result.status, status);
@@ -330,7 +443,6 @@ void TestCommandInterpreter::faultCommand_changesTheNextAnswers()
 void TestCommandInterpreter::delayCommand_holdsAnswersUntilHeal()
 {
     type(QStringLiteral("set-key topsecret"));
-    QCOMPARE(type(QStringLiteral("delay 1 60000")), QStringLiteral("ok: next 1 answer(s): 60000 ms late"));
     QString answerToHeal;
     connect(device.get(), &DeviceSimulator::traced, device.get(), [&](const QString &line) {
         if (line.contains(QStringLiteral("-> held back for 60000 ms"))) {
@@ -338,7 +450,11 @@ void TestCommandInterpreter::delayCommand_holdsAnswersUntilHeal()
         }
     });
 
-    QCOMPARE(send("GET").status, 200);
+    const QString answerToDelay = type(QStringLiteral("delay 1 60000"));
+    const HttpsClient::Result result = send("GET");
+
+    QCOMPARE(answerToDelay, QStringLiteral("ok: next 1 answer(s): 60000 ms late"));
+    QCOMPARE(result.status, 200);
     QCOMPARE(answerToHeal, QStringLiteral("ok"));
 }
 
@@ -349,7 +465,9 @@ void TestCommandInterpreter::lastingFault_endsWithHeal()
              QStringLiteral("ok: all answers until heal: status 500"));
     QCOMPARE(send("GET").status, 500);
     QCOMPARE(send("GET").status, 500);
+
     type(QStringLiteral("heal"));
+
     QCOMPARE(send("GET").status, 200);
 }
 
@@ -369,65 +487,77 @@ void TestCommandInterpreter::widgetCommand_callsTheDaemon()
 {
     QFETCH(const QString, line);
     QFETCH(const QString, call);
-    QCOMPARE(type(line), QStringLiteral("ok"));
     // Nobody owns the daemon's name on this bus; the trace shows the call and the bus's answer.
     const QString expected =
         QStringLiteral(" widget %1 -> error org.freedesktop.DBus.Error.ServiceUnknown").arg(call);
+
+    const QString answer = type(line);
+
+    QCOMPARE(answer, QStringLiteral("ok"));
     QTRY_VERIFY2(!trace.filter(expected).isEmpty(), qPrintable(trace.join(QLatin1Char('\n'))));
 }
 
 void TestCommandInterpreter::quit_isAnnounced()
 {
-    QSignalSpy quit(interpreter.get(), &CommandInterpreter::quitRequested);
-    QCOMPARE(type(QStringLiteral("quit")), QStringLiteral("bye"));
+    const QSignalSpy quit(interpreter.get(), &CommandInterpreter::quitRequested);
+
+    const QString answer = type(QStringLiteral("quit"));
+
+    QCOMPARE(answer, QStringLiteral("bye"));
     QCOMPARE(quit.count(), 1);
 }
 
-void TestCommandInterpreter::status_tellsTheDevice()
+void TestCommandInterpreter::status_describesTheDevice()
 {
     type(QStringLiteral("set-key topsecret"));
     type(QStringLiteral("set-remote-id d9"));
     type(QStringLiteral("create-widget w1"));
     type(QStringLiteral("stop-service widget-manager"));
+
     const QString status = type(QStringLiteral("status"));
+
     QVERIFY(status.startsWith(QStringLiteral("daemon: running, widget-manager: stopped, com.qwixtd: absent\n"
                                              "API key: ***, remote id: \"d9\"")));
     QVERIFY(status.contains(QStringLiteral("widgets: [\"w1\"]")));
     QVERIFY(status.contains(device->server().host()));
 }
 
-void TestCommandInterpreter::trace_tellsBusCalls()
+void TestCommandInterpreter::trace_showsBusCalls()
 {
     type(QStringLiteral("set-remote-id d9"));
+    device->daemon().failCallsOf(QStringLiteral("serial"), QStringLiteral("com.example.Broken"),
+                                 QStringLiteral("no"));
+
     askDaemon(QStringLiteral("remoteId"));
+    askDaemon(QStringLiteral("serial"));
+
     const QRegularExpression expected(QStringLiteral(
         "^\\d\\d:\\d\\d:\\d\\d\\.\\d\\d\\d bus    vorlet\\.daemon remoteId\\(\\) -> \\(\"d9\"\\)$"));
     QTRY_COMPARE(trace.filter(expected).size(), 1);
-    device->daemon().failCallsOf(QStringLiteral("serial"), QStringLiteral("com.example.Broken"),
-                                 QStringLiteral("no"));
-    askDaemon(QStringLiteral("serial"));
     QTRY_COMPARE(
         trace.filter(QStringLiteral("bus    vorlet.daemon serial() -> error com.example.Broken: no")).size(),
         1);
 }
 
-void TestCommandInterpreter::trace_tellsRequests()
+void TestCommandInterpreter::trace_showsRequests()
 {
     type(QStringLiteral("set-key topsecret"));
+
     send("POST", "id=d&identifier=u&name=n&type=t");
+    type(QStringLiteral("close 1"));
+    send("GET");
+
     QTRY_COMPARE(
         trace
             .filter(QStringLiteral(" http   POST /api/v1/qwixt/apps id=d&identifier=u&name=n&type=t -> 200 "
                                    "{\"app_id\":\"app-1\",\"status\":\"registered\"}"))
             .size(),
         1);
-    type(QStringLiteral("close 1"));
-    send("GET");
     QTRY_COMPARE(trace.filter(QStringLiteral(" http   GET /api/v1/qwixt/apps -> connection closed")).size(),
                  1);
 }
 
-void TestCommandInterpreter::trace_tellsAFailedHandshake()
+void TestCommandInterpreter::trace_showsAFailedHandshake()
 {
     const QByteArray withoutTls = "http://" + device->server().host().toUtf8() + '/';
 
@@ -457,8 +587,11 @@ void TestCommandInterpreter::trace_staysOneLine()
 {
     QFETCH(const QString, text);
     QFETCH(const QString, shown);
-    QCOMPARE(TraceText::printable(text), shown);
+
+    const QString printable = TraceText::printable(text);
     device->watcher().registerApplication(text, QString(), QString());
+
+    QCOMPARE(printable, shown);
     QTRY_COMPARE(trace.filter(QStringLiteral("registerQwixtApplication(\"%1\"").arg(shown)).size(), 1);
     for (const QString &line : trace) {
         QVERIFY(!line.contains(QLatin1Char('\n')));
@@ -468,10 +601,12 @@ void TestCommandInterpreter::trace_staysOneLine()
 void TestCommandInterpreter::trace_neverShowsTheKey()
 {
     type(QStringLiteral("set-key topsecret"));
+
     askDaemon(QStringLiteral("apiKey"));
     send("GET");
     type(QStringLiteral("server-key other"));
     send("GET");
+
     QTRY_COMPARE(trace.filter(QStringLiteral("GET /api")).size(), 2);
     QTRY_COMPARE(trace.filter(QStringLiteral("apiKey() -> (\"***\")")).size(), 1);
     QTRY_COMPARE(trace.filter(QStringLiteral("says apiKeyDidSet(\"***\")")).size(), 1);

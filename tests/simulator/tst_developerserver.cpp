@@ -15,6 +15,7 @@
 #include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
+#include <vector>
 
 namespace
 {
@@ -64,17 +65,19 @@ private Q_SLOTS:
     void script_answersInPlaceOfTheServer();
     void concurrentRequests_areCounted();
     void requestsOneAfterTheOther_doNotOverlap();
-    void answeredSignal_tellsTheAnswer();
+    void answeredSignal_carriesTheAnswer();
     void stopWithAHeldAnswer_isPrompt();
     void stopWithSilentConnections_isPrompt();
     void recordsBehindTheDevicesBack_areSeen();
     void takenPort_isReported();
-    void unusableCertificate_isReported();
+    void unusableFile_isReported_data();
+    void unusableFile_isReported();
     void restart_keepsRecords();
 
 private:
     HttpsClient::Result send(const QByteArray &method, const QByteArray &body = {},
                              const QList<QByteArray> &headers = usual);
+    std::vector<int> statusesOfGets(int count);
     QByteArray url(const QByteArray &target = "/api/v1/qwixt/apps") const;
     bool startServer();
 
@@ -117,14 +120,23 @@ HttpsClient::Result TestDeveloperServer::send(const QByteArray &method, const QB
     return client->send(method, url(), headers, body);
 }
 
+std::vector<int> TestDeveloperServer::statusesOfGets(int count)
+{
+    std::vector<int> statuses;
+    for (int number = 0; number < count; ++number) {
+        statuses.push_back(send("GET").status);
+    }
+    return statuses;
+}
+
 void TestDeveloperServer::post_createsARecordAndAnswersItsId()
 {
     const HttpsClient::Result result = send("POST", "id=d9&identifier=u1&name=Clock&type=t");
+
     QCOMPARE(result.status, 200);
     const QJsonObject reply = object(result.body);
     QVERIFY(!reply[QStringLiteral("app_id")].toString().isEmpty());
     QVERIFY(!reply[QStringLiteral("status")].toString().isEmpty());
-
     const QList<ServerApplication> held = server->applications();
     QCOMPARE(held.size(), 1);
     QCOMPARE(held[0].appId, reply[QStringLiteral("app_id")].toString());
@@ -138,7 +150,10 @@ void TestDeveloperServer::put_changesNameAndType()
 {
     const QString id = server->addApplication(
         {QStringLiteral("d9"), {}, QStringLiteral("u1"), QStringLiteral("Old"), QStringLiteral("t")});
-    QCOMPARE(send("PUT", "app_id=" + id.toUtf8() + "&name=New&type=t2").status, 200);
+
+    const HttpsClient::Result result = send("PUT", "app_id=" + id.toUtf8() + "&name=New&type=t2");
+
+    QCOMPARE(result.status, 200);
     QCOMPARE(server->applications().at(0).name, QStringLiteral("New"));
     QCOMPARE(server->applications().at(0).type, QStringLiteral("t2"));
     QCOMPARE(server->applications().at(0).identifier, QStringLiteral("u1"));
@@ -148,7 +163,10 @@ void TestDeveloperServer::delete_removesTheRecord()
 {
     const QString first = server->addApplication({});
     const QString second = server->addApplication({});
-    QCOMPARE(send("DELETE", "app_id=" + first.toUtf8() + "&type=t").status, 200);
+
+    const HttpsClient::Result result = send("DELETE", "app_id=" + first.toUtf8() + "&type=t");
+
+    QCOMPARE(result.status, 200);
     QCOMPARE(server->applications().size(), 1);
     QCOMPARE(server->applications().at(0).appId, second);
 }
@@ -159,7 +177,9 @@ void TestDeveloperServer::get_listsApplicationsOfAllDevices()
                             QStringLiteral("Clock"), QStringLiteral("t")});
     server->addApplication({QStringLiteral("other"), QStringLiteral("a2"), QStringLiteral("u2"),
                             QStringLiteral("Rain"), QStringLiteral("t")});
+
     const HttpsClient::Result result = send("GET");
+
     QCOMPARE(result.status, 200);
     const QJsonArray apps = object(result.body)[QStringLiteral("apps")].toArray();
     QCOMPARE(apps.size(), 2);
@@ -184,7 +204,10 @@ void TestDeveloperServer::unknownApplication_is404()
 {
     QFETCH(const QByteArray, method);
     QFETCH(const QByteArray, body);
-    QCOMPARE(send(method, body).status, 404);
+
+    const HttpsClient::Result result = send(method, body);
+
+    QCOMPARE(result.status, 404);
 }
 
 void TestDeveloperServer::requestThatIsNotAsItShouldBe_isRefused_data()
@@ -239,7 +262,9 @@ void TestDeveloperServer::requestThatIsNotAsItShouldBe_isRefused()
     QFETCH(const QByteArray, body);
     QFETCH(const QList<QByteArray>, headers);
     QFETCH(const int, status);
+
     const HttpsClient::Result result = client->send(method, url(target), headers, body);
+
     QCOMPARE(result.status, status);
     QVERIFY(object(result.body).contains(QStringLiteral("error")));
     QVERIFY(server->applications().isEmpty());
@@ -252,7 +277,10 @@ void TestDeveloperServer::requestThatIsNotAsItShouldBe_isRefused()
 void TestDeveloperServer::withoutAKey_everythingIs401()
 {
     server->setApiKey(QString());
-    QCOMPARE(send("GET", {}, {acceptJson, "Authorization: Basic Og=="}).status, 401);
+
+    const HttpsClient::Result result = send("GET", {}, {acceptJson, "Authorization: Basic Og=="});
+
+    QCOMPARE(result.status, 401);
 }
 
 void TestDeveloperServer::fieldValues_areNotDecoded_data()
@@ -261,7 +289,7 @@ void TestDeveloperServer::fieldValues_areNotDecoded_data()
     QTest::addColumn<QString>("kept");
     QTest::newRow("percent") << QByteArray("50%25") << QStringLiteral("50%25");
     QTest::newRow("plus") << QByteArray("a+b") << QStringLiteral("a+b");
-    QTest::newRow("blank") << QByteArray("a b") << QStringLiteral("a b");
+    QTest::newRow("space") << QByteArray("a b") << QStringLiteral("a b");
     QTest::newRow("equals") << QByteArray("a=b") << QStringLiteral("a=b");
     QTest::newRow("ampersand ends the field") << QByteArray("a&b") << QStringLiteral("a");
     QTest::newRow("empty") << QByteArray("") << QString();
@@ -273,7 +301,10 @@ void TestDeveloperServer::fieldValues_areNotDecoded()
     QFETCH(const QByteArray, sent);
     QFETCH(const QString, kept);
     const QByteArray body = "id=d&identifier=u&name=" + sent + "&type=t";
-    QCOMPARE(send("POST", body).status, 200);
+
+    const HttpsClient::Result result = send("POST", body);
+
+    QCOMPARE(result.status, 200);
     QCOMPARE(server->applications().at(0).name, kept);
     QCOMPARE(server->requests().at(0).body, body);
 }
@@ -282,26 +313,31 @@ void TestDeveloperServer::bodyOf100Kilobytes_isKeptWhole()
 {
     const QByteArray name(100 * 1024, 'x');
     const QByteArray body = "id=d&identifier=u&name=" + name + "&type=t";
-    QCOMPARE(send("POST", body).status, 200);
+
+    const HttpsClient::Result posted = send("POST", body);
+    const HttpsClient::Result list = send("GET");
+
+    QCOMPARE(posted.status, 200);
     QCOMPARE(server->requests().at(0).body, body);
     QCOMPARE(server->applications().at(0).name.toUtf8(), name);
-    // And back again in the list.
-    const QJsonArray apps = object(send("GET").body)[QStringLiteral("apps")].toArray();
+    const QJsonArray apps = object(list.body)[QStringLiteral("apps")].toArray();
     QCOMPARE(apps.at(0).toObject()[QStringLiteral("name")].toString().toUtf8(), name);
 }
 
 void TestDeveloperServer::headers_areKeptAsReceived()
 {
-    send("GET", {}, {"X-Last: z%41", "x-First: 1", "X-Last: again", acceptJson, authorization});
-    const HttpRequest request = server->requests().at(0);
-    QList<QPair<QByteArray, QByteArray>> headers = request.headers;
-    QVERIFY(headers.size() >= 6);
-    QCOMPARE(headers.takeFirst().first, QByteArray("Host"));
     const QList<QPair<QByteArray, QByteArray>> expected{{"X-Last", "z%41"},
                                                         {"x-First", "1"},
                                                         {"X-Last", "again"},
                                                         {"Accept", "application/json"},
                                                         {"Authorization", "Basic OmszeQ=="}};
+
+    send("GET", {}, {"X-Last: z%41", "x-First: 1", "X-Last: again", acceptJson, authorization});
+
+    const HttpRequest request = server->requests().at(0);
+    QList<QPair<QByteArray, QByteArray>> headers = request.headers;
+    QVERIFY(headers.size() >= 6);
+    QCOMPARE(headers.takeFirst().first, QByteArray("Host"));
     QCOMPARE(headers.mid(headers.size() - 5), expected);
     QCOMPARE(request.header("X-FIRST"), QByteArray("1"));
     QCOMPARE(request.header("X-None"), QByteArray());
@@ -310,8 +346,10 @@ void TestDeveloperServer::headers_areKeptAsReceived()
 void TestDeveloperServer::oneConnectionForTwoRequests_isSeen()
 {
     client->setReuseConnection(true);
+
     send("GET", {}, usual + QList<QByteArray>{"X-Number: 1"});
     send("GET", {}, usual + QList<QByteArray>{"X-Number: 2"});
+
     const QList<HttpRequest> requests = server->requests();
     QCOMPARE(requests.size(), 2);
     QVERIFY(requests[0].remotePort > 0);
@@ -323,6 +361,7 @@ void TestDeveloperServer::connectionEach_isSeen()
 {
     send("GET");
     send("GET");
+
     const QList<HttpRequest> requests = server->requests();
     QCOMPARE(requests.size(), 2);
     QVERIFY(requests[1].remotePort != requests[0].remotePort);
@@ -331,7 +370,10 @@ void TestDeveloperServer::connectionEach_isSeen()
 void TestDeveloperServer::statusFault_doesNotDoWhatWasAsked()
 {
     server->failNext(1, ServerFault::withStatus(503));
-    QCOMPARE(send("POST", "id=d&identifier=u&name=n&type=t").status, 503);
+
+    const HttpsClient::Result result = send("POST", "id=d&identifier=u&name=n&type=t");
+
+    QCOMPARE(result.status, 503);
     QVERIFY(server->applications().isEmpty());
     QCOMPARE(server->requests().at(0).status, 503);
 }
@@ -340,39 +382,46 @@ void TestDeveloperServer::faults_lineUpAndEnd()
 {
     server->failNext(2, ServerFault::withStatus(500));
     server->failNext(1, ServerFault::withStatus(204));
-    QCOMPARE(send("GET").status, 500);
-    QCOMPARE(send("GET").status, 500);
-    QCOMPARE(send("GET").status, 204);
-    QCOMPARE(send("GET").status, 200);
+
+    const std::vector<int> statuses = statusesOfGets(4);
+
+    QCOMPARE(statuses, (std::vector<int>{500, 500, 204, 200}));
 }
 
 void TestDeveloperServer::lastingFault_staysUntilCleared()
 {
     server->failAlways(ServerFault::withStatus(502));
     server->failNext(1, ServerFault::withStatus(503));
-    QCOMPARE(send("GET").status, 503);
-    QCOMPARE(send("GET").status, 502);
-    QCOMPARE(send("GET").status, 502);
+
+    const std::vector<int> failing = statusesOfGets(3);
     server->clearFaults();
-    QCOMPARE(send("GET").status, 200);
+    const std::vector<int> cleared = statusesOfGets(1);
+
+    QCOMPARE(failing, (std::vector<int>{503, 502, 502}));
+    QCOMPARE(cleared, std::vector<int>{200});
 }
 
 void TestDeveloperServer::closedConnection_hasNoAnswer()
 {
     server->failNext(1, ServerFault::withClosedConnection());
+
     const HttpsClient::Result closed = send("POST", "id=d&identifier=u&name=n&type=t");
+    const HttpsClient::Result next = send("GET");
+
     QVERIFY(closed.code != 0);
     QCOMPARE(closed.status, 0);
     QCOMPARE(closed.body, QByteArray());
     QVERIFY(server->applications().isEmpty());
     QCOMPARE(server->requests().at(0).status, 0);
-    QCOMPARE(send("GET").status, 200);
+    QCOMPARE(next.status, 200);
 }
 
 void TestDeveloperServer::bodyThatIsNoJson_comesAfterTheDeed()
 {
     server->failNext(1, ServerFault::withBodyThatIsNoJson());
+
     const HttpsClient::Result result = send("POST", "id=d&identifier=u&name=n&type=t");
+
     QCOMPARE(result.status, 200);
     QVERIFY(!result.body.isEmpty());
     QVERIFY(QJsonDocument::fromJson(result.body).isNull());
@@ -382,7 +431,10 @@ void TestDeveloperServer::bodyThatIsNoJson_comesAfterTheDeed()
 void TestDeveloperServer::delay_holdsTheAnswerBack()
 {
     server->failNext(1, ServerFault::withDelay(300));
-    QCOMPARE(send("GET").status, 200);
+
+    const HttpsClient::Result result = send("GET");
+
+    QCOMPARE(result.status, 200);
     const HttpRequest request = server->requests().at(0);
     QVERIFY(request.answeredAtMs - request.receivedAtMs >= 300);
 }
@@ -409,13 +461,17 @@ void TestDeveloperServer::script_answersInPlaceOfTheServer()
         answer.body = "scripted";
         return answer;
     });
+
     const HttpsClient::Result scripted = send("PUT", "x=y");
+    const HttpsClient::Result notScripted = send("GET");
+    server->setScript({});
+    const HttpsClient::Result withoutScript = send("PUT", "x=y");
+
     QCOMPARE(scripted.status, 418);
     QCOMPARE(scripted.body, QByteArray("scripted"));
     // The fault was kept for the first answer of the server's own.
-    QCOMPARE(send("GET").status, 503);
-    server->setScript({});
-    QCOMPARE(send("PUT", "x=y").status, 400);
+    QCOMPARE(notScripted.status, 503);
+    QCOMPARE(withoutScript.status, 400);
 }
 
 void TestDeveloperServer::concurrentRequests_areCounted()
@@ -454,14 +510,14 @@ void TestDeveloperServer::concurrentRequests_areCounted()
 
 void TestDeveloperServer::requestsOneAfterTheOther_doNotOverlap()
 {
-    for (int number = 0; number < 20; ++number) {
-        QCOMPARE(send("GET").status, 200);
-    }
+    const std::vector<int> statuses = statusesOfGets(20);
+
+    QCOMPARE(statuses, std::vector<int>(20, 200));
     QCOMPARE(server->requestCount(), 20);
     QCOMPARE(server->maximumConcurrent(), 1);
 }
 
-void TestDeveloperServer::answeredSignal_tellsTheAnswer()
+void TestDeveloperServer::answeredSignal_carriesTheAnswer()
 {
     const QSignalSpy answered(server.get(), &DeveloperServer::answered);
 
@@ -501,10 +557,11 @@ void TestDeveloperServer::stopWithSilentConnections_isPrompt()
     QCOMPARE(::connect(silent, reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
     client->setReuseConnection(true);
     QCOMPARE(send("GET").status, 200);
-
     QElapsedTimer elapsed;
     elapsed.start();
+
     server.reset();
+
     QVERIFY2(elapsed.elapsed() < promptMs, qPrintable(QString::number(elapsed.elapsed())));
     ::close(silent);
 }
@@ -513,31 +570,56 @@ void TestDeveloperServer::recordsBehindTheDevicesBack_areSeen()
 {
     const QString first = server->addApplication({});
     const QString second = server->addApplication({});
+
+    const bool isRemoved = server->removeApplication(first);
+    const bool isRemovedAgain = server->removeApplication(first);
+    const HttpsClient::Result one = send("GET");
+    server->removeAllApplications();
+    const HttpsClient::Result none = send("GET");
+
     QVERIFY(!first.isEmpty());
     QVERIFY(first != second);
-    QVERIFY(server->removeApplication(first));
-    QVERIFY(!server->removeApplication(first));
-    QCOMPARE(object(send("GET").body)[QStringLiteral("apps")].toArray().size(), 1);
-    server->removeAllApplications();
-    QCOMPARE(object(send("GET").body)[QStringLiteral("apps")].toArray().size(), 0);
+    QVERIFY(isRemoved);
+    QVERIFY(!isRemovedAgain);
+    QCOMPARE(object(one.body)[QStringLiteral("apps")].toArray().size(), 1);
+    QCOMPARE(object(none.body)[QStringLiteral("apps")].toArray().size(), 0);
 }
 
 void TestDeveloperServer::takenPort_isReported()
 {
     DeveloperServer second;
-    QVERIFY(!second.start(Certificates::shared().serverCertificate(), Certificates::shared().serverKey(),
-                          server->port()));
+
+    const bool isStarted = second.start(Certificates::shared().serverCertificate(),
+                                        Certificates::shared().serverKey(), server->port());
+
+    QVERIFY(!isStarted);
     QVERIFY(second.errorText().contains(QStringLiteral("127.0.0.1:%1").arg(server->port())));
     QVERIFY(!second.isRunning());
 }
 
-void TestDeveloperServer::unusableCertificate_isReported()
+void TestDeveloperServer::unusableFile_isReported_data()
 {
+    QTest::addColumn<QString>("certificate");
+    QTest::addColumn<QString>("key");
+    QTest::addColumn<QString>("named");
+    const Certificates &files = Certificates::shared();
+    const auto nowhere = QStringLiteral("/nonexistent.pem");
+    QTest::newRow("certificate that is not there") << nowhere << files.serverKey() << nowhere;
+    QTest::newRow("key that is a certificate")
+        << files.serverCertificate() << files.authority() << files.authority();
+}
+
+void TestDeveloperServer::unusableFile_isReported()
+{
+    QFETCH(const QString, certificate);
+    QFETCH(const QString, key);
+    QFETCH(const QString, named);
     DeveloperServer second;
-    QVERIFY(!second.start(QStringLiteral("/nonexistent.pem"), Certificates::shared().serverKey()));
-    QVERIFY(second.errorText().contains(QStringLiteral("/nonexistent.pem")));
-    QVERIFY(!second.start(Certificates::shared().serverCertificate(), Certificates::shared().authority()));
-    QVERIFY(second.errorText().contains(Certificates::shared().authority()));
+
+    const bool isStarted = second.start(certificate, key);
+
+    QVERIFY(!isStarted);
+    QVERIFY(second.errorText().contains(named));
 }
 
 void TestDeveloperServer::restart_keepsRecords()
@@ -546,8 +628,11 @@ void TestDeveloperServer::restart_keepsRecords()
     server->stop();
     QVERIFY(!server->isRunning());
     QVERIFY(send("GET").code != 0);
+
     QVERIFY(startServer());
-    QCOMPARE(send("GET").status, 200);
+    const HttpsClient::Result result = send("GET");
+
+    QCOMPARE(result.status, 200);
     QCOMPARE(server->applications().size(), 1);
 }
 

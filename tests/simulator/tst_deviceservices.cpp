@@ -74,9 +74,11 @@ private Q_SLOTS:
 
     void getters_answerTheState();
     void callFromTheOwnersThread_isAnsweredWhileItBlocks();
-    void daemonStart_claimsTheNameThenSpeaks();
+    void daemonStart_claimsTheNameThenAnnouncesIt();
     void daemonStop_leavesNobodyToAnswer();
+    void daemonStartedAgain_answers();
     void secondOwner_isRefused();
+    void secondOwner_isAcceptedWhenTheFirstHasGone();
     void setApiKey_isAnnounced();
     void quietKey_isNotAnnounced();
     void internetChange_isAnnouncedOnce();
@@ -85,10 +87,11 @@ private Q_SLOTS:
     void unknownMember_isRefused_data();
     void unknownMember_isRefused();
     void introspection_listsTheMembers();
-    void widgetManagerStart_speaks();
+    void widgetManagerStart_isAnnounced();
     void widgets_comeAndGo();
     void withoutABus_startFails();
-    void watcher_tellsTheDaemonsSignals();
+    void watcher_reportsTheDaemonsSignals();
+    void watcher_reportsTheDaemonsComingAndGoing();
     void watcher_callsAsAWidget();
     void watcher_reportsAnAbsentDaemon();
 
@@ -157,13 +160,18 @@ void TestDeviceServices::getters_answerTheState()
     daemon->setSerial(QStringLiteral("s1"));
     daemon->setRemoteId(QStringLiteral("d9"));
     QVERIFY(daemon->start());
-    QCOMPARE(askDaemon(QStringLiteral("apiKey")).arguments(), QVariantList{QStringLiteral("k")});
-    QCOMPARE(askDaemon(QStringLiteral("serial")).arguments(), QVariantList{QStringLiteral("s1")});
-    QCOMPARE(askDaemon(QStringLiteral("remoteId")).arguments(), QVariantList{QStringLiteral("d9")});
-    const QDBusMessage reply = ask(QStringLiteral("vorlet.daemon"), QStringLiteral("/com/vorlet/network"),
-                                   network, QStringLiteral("isInternetAvailable"));
-    QCOMPARE(reply.signature(), QStringLiteral("b"));
-    QCOMPARE(reply.arguments(), QVariantList{true});
+
+    const QDBusMessage key = askDaemon(QStringLiteral("apiKey"));
+    const QDBusMessage serial = askDaemon(QStringLiteral("serial"));
+    const QDBusMessage remoteId = askDaemon(QStringLiteral("remoteId"));
+    const QDBusMessage internet = ask(QStringLiteral("vorlet.daemon"), QStringLiteral("/com/vorlet/network"),
+                                      network, QStringLiteral("isInternetAvailable"));
+
+    QCOMPARE(key.arguments(), QVariantList{QStringLiteral("k")});
+    QCOMPARE(serial.arguments(), QVariantList{QStringLiteral("s1")});
+    QCOMPARE(remoteId.arguments(), QVariantList{QStringLiteral("d9")});
+    QCOMPARE(internet.signature(), QStringLiteral("b"));
+    QCOMPARE(internet.arguments(), QVariantList{true});
 }
 
 void TestDeviceServices::callFromTheOwnersThread_isAnsweredWhileItBlocks()
@@ -171,15 +179,20 @@ void TestDeviceServices::callFromTheOwnersThread_isAnsweredWhileItBlocks()
     QVERIFY(daemon->start());
     QElapsedTimer elapsed;
     elapsed.start();
-    QCOMPARE(askDaemon(QStringLiteral("apiKey")).type(), QDBusMessage::ReplyMessage);
+
+    const QDBusMessage reply = askDaemon(QStringLiteral("apiKey"));
+
+    QCOMPARE(reply.type(), QDBusMessage::ReplyMessage);
     QVERIFY(elapsed.elapsed() < 5000);
 }
 
-void TestDeviceServices::daemonStart_claimsTheNameThenSpeaks()
+void TestDeviceServices::daemonStart_claimsTheNameThenAnnouncesIt()
 {
     listen(QStringLiteral("/general"), general, {QStringLiteral("daemonDidStart")});
     QVERIFY(!daemon->isRunning());
+
     QVERIFY(daemon->start());
+
     QVERIFY(daemon->isRunning());
     QTRY_COMPARE(log->seen.size(), 1);
     const QVariantList expected{QStringLiteral("/general"), general, QStringLiteral("daemonDidStart")};
@@ -190,10 +203,21 @@ void TestDeviceServices::daemonStart_claimsTheNameThenSpeaks()
 void TestDeviceServices::daemonStop_leavesNobodyToAnswer()
 {
     QVERIFY(daemon->start());
+
     daemon->stop();
+
     QCOMPARE(askDaemon(QStringLiteral("apiKey")).errorName(),
              QStringLiteral("org.freedesktop.DBus.Error.ServiceUnknown"));
+}
+
+void TestDeviceServices::daemonStartedAgain_answers()
+{
     QVERIFY(daemon->start());
+    daemon->stop();
+
+    const bool isStarted = daemon->start();
+
+    QVERIFY(isStarted);
     QCOMPARE(askDaemon(QStringLiteral("apiKey")).type(), QDBusMessage::ReplyMessage);
 }
 
@@ -201,11 +225,24 @@ void TestDeviceServices::secondOwner_isRefused()
 {
     QVERIFY(daemon->start());
     DaemonService second(bus.address());
-    QVERIFY(!second.start());
+
+    const bool isStarted = second.start();
+
+    QVERIFY(!isStarted);
     QVERIFY(!second.isRunning());
     QVERIFY(second.errorText().contains(QStringLiteral("vorlet.daemon")));
+}
+
+void TestDeviceServices::secondOwner_isAcceptedWhenTheFirstHasGone()
+{
+    QVERIFY(daemon->start());
+    DaemonService second(bus.address());
+    QVERIFY(!second.start());
     daemon->stop();
-    QVERIFY(second.start());
+
+    const bool isStarted = second.start();
+
+    QVERIFY(isStarted);
     QCOMPARE(second.errorText(), QString());
 }
 
@@ -213,7 +250,9 @@ void TestDeviceServices::setApiKey_isAnnounced()
 {
     QVERIFY(daemon->start());
     listen(QStringLiteral("/general"), general, {QStringLiteral("apiKeyDidSet")});
+
     daemon->setApiKey(QStringLiteral("new"));
+
     QTRY_COMPARE(log->seen.size(), 1);
     const QVariantList expected{QStringLiteral("/general"), general, QStringLiteral("apiKeyDidSet"),
                                 QStringLiteral("new")};
@@ -225,8 +264,10 @@ void TestDeviceServices::quietKey_isNotAnnounced()
 {
     QVERIFY(daemon->start());
     listen(QStringLiteral("/general"), general, {QStringLiteral("apiKeyDidSet")});
+
     daemon->setApiKeyQuietly(QStringLiteral("quiet"));
     daemon->setApiKey(QStringLiteral("loud"));
+
     // The signals of one sender arrive in order, so that the second one shows that there was no first.
     QTRY_COMPARE(log->seen.size(), 1);
     QCOMPARE(log->seen.at(0).last().toString(), QStringLiteral("loud"));
@@ -236,10 +277,12 @@ void TestDeviceServices::internetChange_isAnnouncedOnce()
 {
     QVERIFY(daemon->start());
     listen(QStringLiteral("/com/vorlet/network"), network, {QStringLiteral("internetAvailabilityChanged")});
+
     daemon->setInternetAvailable(true);
     daemon->setInternetAvailable(false);
     daemon->setInternetAvailable(false);
     daemon->setInternetAvailable(true);
+
     QTRY_COMPARE(log->seen.size(), 2);
     QCOMPARE(log->seen.at(0).last(), QVariant(false));
     QCOMPARE(log->seen.at(1).last(), QVariant(true));
@@ -250,13 +293,17 @@ void TestDeviceServices::failingMember_answersItsError()
     QVERIFY(daemon->start());
     daemon->failCallsOf(QStringLiteral("apiKey"), QStringLiteral("com.example.Broken"),
                         QStringLiteral("no key"));
+
     const QDBusMessage failed = askDaemon(QStringLiteral("apiKey"));
+    const QDBusMessage another = askDaemon(QStringLiteral("serial"));
+    daemon->answerCallsOf(QStringLiteral("apiKey"));
+    const QDBusMessage answered = askDaemon(QStringLiteral("apiKey"));
+
     QCOMPARE(failed.type(), QDBusMessage::ErrorMessage);
     QCOMPARE(failed.errorName(), QStringLiteral("com.example.Broken"));
     QCOMPARE(failed.errorMessage(), QStringLiteral("no key"));
-    QCOMPARE(askDaemon(QStringLiteral("serial")).type(), QDBusMessage::ReplyMessage);
-    daemon->answerCallsOf(QStringLiteral("apiKey"));
-    QCOMPARE(askDaemon(QStringLiteral("apiKey")).type(), QDBusMessage::ReplyMessage);
+    QCOMPARE(another.type(), QDBusMessage::ReplyMessage);
+    QCOMPARE(answered.type(), QDBusMessage::ReplyMessage);
 }
 
 void TestDeviceServices::calls_areCountedInOrder()
@@ -264,9 +311,11 @@ void TestDeviceServices::calls_areCountedInOrder()
     QVERIFY(daemon->start());
     daemon->failCallsOf(QStringLiteral("serial"), QStringLiteral("com.example.Broken"), QString());
     QSignalSpy called(daemon.get(), &BusService::called);
+
     askDaemon(QStringLiteral("remoteId"));
     askDaemon(QStringLiteral("serial"));
     askDaemon(QStringLiteral("remoteId"));
+
     QCOMPARE(daemon->calls(),
              (QStringList{QStringLiteral("remoteId"), QStringLiteral("serial"), QStringLiteral("remoteId")}));
     QCOMPARE(daemon->callCount(QStringLiteral("remoteId")), 2);
@@ -302,13 +351,17 @@ void TestDeviceServices::unknownMember_isRefused()
     QFETCH(const QVariantList, arguments);
     QFETCH(const QString, error);
     QVERIFY(daemon->start());
-    QCOMPARE(ask(QStringLiteral("vorlet.daemon"), path, interface, member, arguments).errorName(), error);
+
+    const QDBusMessage reply = ask(QStringLiteral("vorlet.daemon"), path, interface, member, arguments);
+
+    QCOMPARE(reply.errorName(), error);
     QCOMPARE(daemon->calls(), QStringList());
 }
 
 void TestDeviceServices::introspection_listsTheMembers()
 {
     QVERIFY(widgetManager->start());
+
     const QString text =
         ask(QStringLiteral("widget.manager"), QStringLiteral("/"),
             QStringLiteral("org.freedesktop.DBus.Introspectable"), QStringLiteral("Introspect"))
@@ -316,6 +369,7 @@ void TestDeviceServices::introspection_listsTheMembers()
             .value(0)
             .toString()
             .simplified();
+
     QVERIFY2(text.contains(QStringLiteral("<interface name=\"com.vorlet.widget_manager.general\">")),
              qPrintable(text));
     QVERIFY2(text.contains(QStringLiteral(
@@ -326,10 +380,12 @@ void TestDeviceServices::introspection_listsTheMembers()
              qPrintable(text));
 }
 
-void TestDeviceServices::widgetManagerStart_speaks()
+void TestDeviceServices::widgetManagerStart_isAnnounced()
 {
     listen(QStringLiteral("/"), widgetsInterface, {QStringLiteral("windowServerDidStarted")});
+
     QVERIFY(widgetManager->start());
+
     QTRY_COMPARE(log->seen.size(), 1);
     const QVariantList expected{QStringLiteral("/"), widgetsInterface,
                                 QStringLiteral("windowServerDidStarted")};
@@ -342,9 +398,13 @@ void TestDeviceServices::widgets_comeAndGo()
     QVERIFY(widgetManager->start());
     listen(QStringLiteral("/"), widgetsInterface,
            {QStringLiteral("newWidgetCreated"), QStringLiteral("widgetDeleted")});
+
     widgetManager->createWidget(QStringLiteral("w2"));
-    QVERIFY(widgetManager->deleteWidget(QStringLiteral("w1")));
-    QVERIFY(!widgetManager->deleteWidget(QStringLiteral("w1")));
+    const bool isDeleted = widgetManager->deleteWidget(QStringLiteral("w1"));
+    const bool isDeletedAgain = widgetManager->deleteWidget(QStringLiteral("w1"));
+
+    QVERIFY(isDeleted);
+    QVERIFY(!isDeletedAgain);
     QTRY_COMPARE(log->seen.size(), 2);
     QCOMPARE(log->seen.at(0).mid(2, 1), QVariantList{QStringLiteral("newWidgetCreated")});
     QCOMPARE(log->seen.at(0).size(), 5);
@@ -360,14 +420,19 @@ void TestDeviceServices::widgets_comeAndGo()
 
 void TestDeviceServices::withoutABus_startFails()
 {
-    DaemonService lost(QStringLiteral("unix:path=/nonexistent/bus"));
-    QVERIFY(!lost.start());
-    QVERIFY(lost.errorText().startsWith(QStringLiteral("cannot reach the bus")));
-    DaemonWatcher watcher(QStringLiteral("unix:path=/nonexistent/bus"));
-    QVERIFY(!watcher.start());
+    const auto nowhere = QStringLiteral("unix:path=/nonexistent/bus");
+    DaemonService service(nowhere);
+    DaemonWatcher watcher(nowhere);
+
+    const bool isServiceStarted = service.start();
+    const bool isWatcherStarted = watcher.start();
+
+    QVERIFY(!isServiceStarted);
+    QVERIFY(service.errorText().startsWith(QStringLiteral("cannot reach the bus")));
+    QVERIFY(!isWatcherStarted);
 }
 
-void TestDeviceServices::watcher_tellsTheDaemonsSignals()
+void TestDeviceServices::watcher_reportsTheDaemonsSignals()
 {
     DaemonWatcher watcher(bus.address());
     QVERIFY(watcher.start());
@@ -375,9 +440,11 @@ void TestDeviceServices::watcher_tellsTheDaemonsSignals()
     FakeApplicationDaemon application;
     QVERIFY(
         connection->registerObject(QStringLiteral("/"), &application, QDBusConnection::ExportAllContents));
+
     Q_EMIT application.daemonDidStarted();
     Q_EMIT application.applicationRegistered(QStringLiteral("u"), QStringLiteral("a"), QStringLiteral("t"));
     Q_EMIT application.applicationDeleted(QStringLiteral("v"), QStringLiteral("b"), QString());
+
     QTRY_COMPARE(received.count(), 3);
     QCOMPARE(received.at(0), (QVariantList{QStringLiteral("daemonDidStarted"), QStringList()}));
     QCOMPARE(received.at(1),
@@ -388,24 +455,37 @@ void TestDeviceServices::watcher_tellsTheDaemonsSignals()
                            QStringList{QStringLiteral("v"), QStringLiteral("b"), QString()}}));
 }
 
+void TestDeviceServices::watcher_reportsTheDaemonsComingAndGoing()
+{
+    DaemonWatcher watcher(bus.address());
+    QVERIFY(watcher.start());
+    const QSignalSpy appeared(&watcher, &DaemonWatcher::daemonAppeared);
+    const QSignalSpy vanished(&watcher, &DaemonWatcher::daemonVanished);
+    QVERIFY(!watcher.isDaemonPresent());
+
+    QVERIFY(connection->registerService(QStringLiteral("com.qwixtd")));
+    const bool isPresent = watcher.isDaemonPresent();
+    QTRY_COMPARE(appeared.count(), 1);
+    QVERIFY(connection->unregisterService(QStringLiteral("com.qwixtd")));
+
+    QVERIFY(isPresent);
+    QTRY_COMPARE(vanished.count(), 1);
+}
+
 void TestDeviceServices::watcher_callsAsAWidget()
 {
     FakeApplicationDaemon application;
     QVERIFY(connection->registerObject(QStringLiteral("/"), &application, QDBusConnection::ExportAllSlots));
+    QVERIFY(connection->registerService(QStringLiteral("com.qwixtd")));
     DaemonWatcher watcher(bus.address());
     QVERIFY(watcher.start());
-    QSignalSpy appeared(&watcher, &DaemonWatcher::daemonAppeared);
-    QSignalSpy vanished(&watcher, &DaemonWatcher::daemonVanished);
-    QSignalSpy answered(&watcher, &DaemonWatcher::answered);
-    QVERIFY(!watcher.isDaemonPresent());
-    QVERIFY(connection->registerService(QStringLiteral("com.qwixtd")));
-    QVERIFY(watcher.isDaemonPresent());
-    QTRY_COMPARE(appeared.count(), 1);
+    const QSignalSpy answered(&watcher, &DaemonWatcher::answered);
 
     watcher.registerApplication(QStringLiteral("u"), QStringLiteral("n"), QStringLiteral("t"));
     watcher.updateApplication(QStringLiteral("a"), QStringLiteral("u"), QStringLiteral("n2"),
                               QStringLiteral("t"));
     watcher.deleteApplication(QStringLiteral("a"), QStringLiteral("u"), QString());
+
     QTRY_COMPARE(answered.count(), 3);
     const QList<QStringList> expected{
         {QStringLiteral("register"), QStringLiteral("u"), QStringLiteral("n"), QStringLiteral("t")},
@@ -416,7 +496,6 @@ void TestDeviceServices::watcher_callsAsAWidget()
     QCOMPARE(answered.at(0).at(0).toString(), QStringLiteral("registerQwixtApplication"));
     QCOMPARE(answered.at(0).at(2).toString(), QString());
     QVERIFY(connection->unregisterService(QStringLiteral("com.qwixtd")));
-    QTRY_COMPARE(vanished.count(), 1);
 }
 
 void TestDeviceServices::watcher_reportsAnAbsentDaemon()
@@ -424,7 +503,9 @@ void TestDeviceServices::watcher_reportsAnAbsentDaemon()
     DaemonWatcher watcher(bus.address());
     QVERIFY(watcher.start());
     QSignalSpy answered(&watcher, &DaemonWatcher::answered);
+
     watcher.registerApplication(QStringLiteral("u"), QStringLiteral("n"), QStringLiteral("t"));
+
     QTRY_COMPARE(answered.count(), 1);
     QVERIFY(answered.at(0).at(2).toString().startsWith(
         QStringLiteral("org.freedesktop.DBus.Error.ServiceUnknown")));

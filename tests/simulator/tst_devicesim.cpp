@@ -112,9 +112,11 @@ void TestDevicesim::allUp_printsReadyAndObeys()
 {
     start(withServer());
     QVERIFY(!readUntil("ready: https://127.0.0.1:").isEmpty());
+
     type("list\n");
     QVERIFY(!readUntil("the server holds 0 application(s)\n").isEmpty());
     type("quit\n");
+
     QVERIFY(program->waitForFinished(timeoutMs));
     QCOMPARE(program->exitStatus(), QProcess::NormalExit);
     QCOMPARE(program->exitCode(), 0);
@@ -127,7 +129,9 @@ void TestDevicesim::options_setTheStateAtStart()
                       QStringLiteral("d9"), QStringLiteral("--serial"), QStringLiteral("s7"),
                       QStringLiteral("--widget"), QStringLiteral("w1"), QStringLiteral("--widget"),
                       QStringLiteral("w2"), QStringLiteral("--offline")}));
+
     type("status\n");
+
     QVERIFY(!readUntil("\nserver: https://").isEmpty());
     QVERIFY2(output.contains("daemon: running, widget-manager: running, com.qwixtd: absent\n"
                              "API key: ***, remote id: \"d9\", serial: \"s7\", internet: off\n"
@@ -141,13 +145,18 @@ void TestDevicesim::servicesNotWanted_areNotStarted()
     start(withServer({QStringLiteral("--no-daemon"), QStringLiteral("--no-widget-manager")}));
     type("status\n");
     QVERIFY(!readUntil("daemon: stopped, widget-manager: stopped").isEmpty());
+
     type("start-service daemon\n");
+
     QVERIFY(!readUntil("vorlet.daemon says daemonDidStart()").isEmpty());
 }
 
 void TestDevicesim::busOfTheEnvironment_isUsed()
 {
-    start(withServer().mid(2), true);
+    const QStringList withoutBus = withServer().mid(2);
+
+    start(withoutBus, true);
+
     QVERIFY(!readUntil("ready: ").isEmpty());
 }
 
@@ -155,11 +164,13 @@ void TestDevicesim::partialLines_arePutTogether()
 {
     start(withServer());
     QVERIFY(!readUntil("ready: ").isEmpty());
+
     type("li");
     type("st\nlist 1\nli");
     QVERIFY(!readUntil("error: usage: list\n").isEmpty());
     QCOMPARE(output.count("the server holds"), 1);
     type("st\n");
+
     QTRY_VERIFY(readUntil("the server holds").count("the server holds") == 2);
 }
 
@@ -167,8 +178,10 @@ void TestDevicesim::endOfInput_endsTheProgram()
 {
     start(withServer());
     QVERIFY(!readUntil("ready: ").isEmpty());
+
     type("list");
     program->closeWriteChannel();
+
     QVERIFY(program->waitForFinished(timeoutMs));
     QCOMPARE(program->exitCode(), 0);
     // The last line counts without its end.
@@ -180,7 +193,9 @@ void TestDevicesim::endOfInputWithKeepRunning_goesOn()
     constexpr int graceMs = 300;
     start(withServer({QStringLiteral("--keep-running")}));
     QVERIFY(!readUntil("ready: ").isEmpty());
+
     program->closeWriteChannel();
+
     QVERIFY(!program->waitForFinished(graceMs));
     QCOMPARE(program->state(), QProcess::Running);
 }
@@ -216,7 +231,9 @@ void TestDevicesim::badStart_isOneLineAndStatus1()
 {
     QFETCH(const QStringList, arguments);
     QFETCH(const QByteArray, line);
+
     start(arguments);
+
     QVERIFY(program->waitForFinished(timeoutMs));
     QCOMPARE(program->exitCode(), 1);
     QCOMPARE(program->readAllStandardError(), line);
@@ -244,7 +261,9 @@ void TestDevicesim::takenName_isReported()
     QProcess first;
     first.start(QStringLiteral(QWIXT_DEVICESIM), withServer());
     QVERIFY(first.waitForReadyRead(timeoutMs));
+
     start(withServer());
+
     QVERIFY(program->waitForFinished(timeoutMs));
     QCOMPARE(program->exitCode(), 1);
     QCOMPARE(program->readAllStandardError(),
@@ -257,7 +276,9 @@ void TestDevicesim::takenPort_isReported()
 {
     DeveloperServer server;
     QVERIFY(server.start(Certificates::shared().serverCertificate(), Certificates::shared().serverKey()));
+
     start(withServer({QStringLiteral("--port"), QString::number(server.port())}));
+
     QVERIFY(program->waitForFinished(timeoutMs));
     QCOMPARE(program->exitCode(), 1);
     QCOMPARE(program->readAllStandardError(), "qwixt-devicesim: cannot listen on " + server.host().toUtf8() +

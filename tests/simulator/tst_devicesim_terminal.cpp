@@ -203,6 +203,8 @@ void TestDevicesimTerminal::earlierCommand_comesBackWithTheArrow()
 
 void TestDevicesimTerminal::endOfInput_endsTheProgram()
 {
+    QVERIFY(terminal->endStatus() < 0);
+
     terminal->type("\x04");
 
     EVENTUALLY(terminal->endStatus() >= 0);

@@ -7,6 +7,7 @@
 #include <QFile>
 
 #include <csignal>
+#include <memory>
 
 namespace
 {
@@ -43,15 +44,22 @@ void TestTestSupport::initTestCase()
 
 void TestTestSupport::bundle_holdsTheAuthority()
 {
-    const QByteArray authority = contentOf(Certificates::shared().authority());
+    const Certificates &certificates = Certificates::shared();
+
+    const QByteArray authority = contentOf(certificates.authority());
+    const QByteArray bundle = contentOf(certificates.bundle());
+
     QVERIFY(authority.startsWith("-----BEGIN CERTIFICATE-----"));
-    QVERIFY(contentOf(Certificates::shared().bundle()).endsWith(authority));
+    QVERIFY(bundle.endsWith(authority));
 }
 
 void TestTestSupport::daemonProcess_runsAndTrustsTheAuthority()
 {
     QwixtdProcess daemon(QStringLiteral(QWIXTD_PROGRAM), Certificates::shared().bundle());
-    QVERIFY(daemon.start(bus.address(), QStringLiteral("127.0.0.1:1")));
+
+    const bool isStarted = daemon.start(bus.address(), QStringLiteral("127.0.0.1:1"));
+
+    QVERIFY(isStarted);
     QVERIFY(daemon.isRunning());
     QVERIFY(daemon.processId() > 0);
     QCOMPARE(daemon.statusField("Name"), QByteArray("qwixtd"));
@@ -71,7 +79,9 @@ void TestTestSupport::daemonProcess_endsWithTerminate()
     QVERIFY(daemon.start(bus.address(), QStringLiteral("127.0.0.1:1")));
     const auto id = static_cast<pid_t>(daemon.processId());
     QVERIFY(!daemon.waitForExit(0));
+
     daemon.terminate();
+
     QVERIFY(!daemon.isRunning());
     QVERIFY(daemon.waitForExit(0));
     QCOMPARE(daemon.exitStatus(), 128 + SIGTERM);
@@ -80,20 +90,23 @@ void TestTestSupport::daemonProcess_endsWithTerminate()
 
 void TestTestSupport::daemonProcess_endsWithItsObject()
 {
-    pid_t id = 0;
-    {
-        QwixtdProcess daemon(QStringLiteral(QWIXTD_PROGRAM), Certificates::shared().bundle());
-        QVERIFY(daemon.start(bus.address(), QStringLiteral("127.0.0.1:1")));
-        id = static_cast<pid_t>(daemon.processId());
-        QCOMPARE(::kill(id, 0), 0);
-    }
+    auto daemon =
+        std::make_unique<QwixtdProcess>(QStringLiteral(QWIXTD_PROGRAM), Certificates::shared().bundle());
+    QVERIFY(daemon->start(bus.address(), QStringLiteral("127.0.0.1:1")));
+    const auto id = static_cast<pid_t>(daemon->processId());
+    QCOMPARE(::kill(id, 0), 0);
+
+    daemon.reset();
+
     QTRY_VERIFY(::kill(id, 0) != 0);
 }
 
 void TestTestSupport::daemonWithoutABus_exitsWithItsStatusAndLine()
 {
     QwixtdProcess daemon(QStringLiteral(QWIXTD_PROGRAM), Certificates::shared().bundle());
+
     QVERIFY(daemon.start(QStringLiteral("unix:path=/nonexistent/bus"), QStringLiteral("127.0.0.1:1")));
+
     QVERIFY(daemon.waitForExit(20000));
     QCOMPARE(daemon.exitStatus(), 255);
     QCOMPARE(daemon.errorLines(), QList<QByteArray>{"W/QWIXTD: QWIXTD: failed to register dbus service "
@@ -106,14 +119,17 @@ void TestTestSupport::environment_reachesTheDaemon()
     qputenv("JOURNAL_STREAM", "8:1");
     QwixtdProcess daemon(QStringLiteral(QWIXTD_PROGRAM), Certificates::shared().bundle());
     daemon.setEnvironment(QStringLiteral("QWIXT_TEST_MARK"), QStringLiteral("seen"));
-    QVERIFY(daemon.start(bus.address(), QStringLiteral("127.0.0.1:1")));
+
+    const bool isStarted = daemon.start(bus.address(), QStringLiteral("127.0.0.1:1"));
+    qunsetenv("JOURNAL_STREAM");
+
+    QVERIFY(isStarted);
     const QList<QByteArray> variables =
         contentOf(QStringLiteral("/proc/%1/environ").arg(daemon.processId())).split('\0');
     QVERIFY(variables.contains("QWIXT_TEST_MARK=seen"));
     QVERIFY(variables.contains("QWIXTD_SERVER_HOST=127.0.0.1:1"));
     QVERIFY(variables.contains("DBUS_SYSTEM_BUS_ADDRESS=" + bus.address().toUtf8()));
     QVERIFY(!variables.contains("JOURNAL_STREAM=8:1"));
-    qunsetenv("JOURNAL_STREAM");
 }
 
 QTEST_GUILESS_MAIN(TestTestSupport)
