@@ -16,7 +16,7 @@
 #include <cstddef>
 #include <memory>
 
-/// Short for texts in tests: "u1"_text.
+/// Short for strings in tests: "u1"_text.
 inline QString operator""_text(const char *utf8, std::size_t size)
 {
     return QString::fromUtf8(utf8, static_cast<int>(size));
@@ -69,8 +69,8 @@ public:
     /// From now on the program may end by itself.
     void expectExit();
 
-    /// Each returns when the bus has carried the signal, so that a call of the daemon that follows finds it
-    /// told.
+    /// Each returns when the bus has carried the signal, so that a call of the daemon that follows arrives
+    /// after it.
     bool setInternetAvailable(bool available);
     bool setApiKey(const QString &key);
     bool deleteWidget(const QString &id);
@@ -83,6 +83,8 @@ public:
     bool deleteApplication(const QString &qwixtId, const QString &uuid, const QString &type);
     QDBusMessage call(const QString &interface, const QString &member, const QVariantList &arguments) const;
     QDBusMessage call(const QString &member, const QVariantList &arguments) const;
+    /// Calls the daemon's method of this name; true when its answer carries nothing, as it always should.
+    bool isAnsweredEmpty(const QString &member, const QVariantList &arguments) const;
 
     /// The daemon's signals so far, as "applicationRegistered(u1, app-1, clock)".
     QStringList announced() const;
@@ -100,7 +102,6 @@ private Q_SLOTS:
 private:
     bool answers() const;
     bool waitForDeviceSignal(const QString &member, int countBefore);
-    bool isAnsweredEmpty(const QString &member, const QVariantList &arguments) const;
 
     PrivateBus privateBus;
     const QString connectionName;

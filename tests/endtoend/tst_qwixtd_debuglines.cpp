@@ -2,20 +2,25 @@
 
 #include <QRegularExpression>
 
+#include <functional>
+#include <vector>
+
 /// The debug and verbose lines of a build that has them, to the letter.
 class TestDebugLines : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void stateChanges_areTold_data();
-    void stateChanges_areTold();
-    void stateChangesOfARunningDaemon_areTold();
-    void requests_areToldWithTheirTrailingBlank();
-    void duplicates_areTold();
-    void listAndItsCleaning_areTold();
-    void widgetDeletedWithoutAnyRecord_isTold();
-    void retries_areTold();
-    void registration_isToldFromTheBusToTheServer();
+    void stateChanges_areWritten_data();
+    void stateChanges_areWritten();
+    void stateChangesOfARunningDaemon_areWritten();
+    void eventsThatChangeNoState_writeNothing();
+    void requests_areWrittenWithTheirTrailingSpace();
+    void duplicates_areWritten();
+    void listAndItsCleaning_areWritten();
+    void widgetDeletedWithoutAnyRecord_isWritten();
+    void widgetDeletedWithRecordsOfOthers_writesNothing();
+    void retries_areWritten();
+    void registration_isWrittenFromTheBusToTheServer();
     void requestAndReply_areOnTheFrameworksChannel();
     void registeredData_arePrintedBeforeTheTaskIsAnnounced();
 };
@@ -34,6 +39,12 @@ const QByteArray removed = "Remove all tasks from worker";
 const QByteArray listAdded = "added get list task";
 const QByteArray begun = "Start process requests";
 const QByteArray atFirst = "state is WaitForDaemonsToStart";
+
+// What happens to the daemon, and the lines that it writes then.
+struct Step {
+    std::function<bool()> event;
+    QList<QByteArray> lines;
+};
 
 // The manager's debug lines, without its name.
 QList<QByteArray> managerLines(DeviceUnderTest &device)
@@ -64,7 +75,7 @@ QList<QByteArray> linesOf(DeviceUnderTest &device, const QByteArray &writer)
 }
 } // namespace
 
-void TestDebugLines::stateChanges_areTold_data()
+void TestDebugLines::stateChanges_areWritten_data()
 {
     QTest::addColumn<bool>("hasKey");
     QTest::addColumn<bool>("isOnline");
@@ -84,7 +95,7 @@ void TestDebugLines::stateChanges_areTold_data()
         << Lines{toWaitForList, listAdded, toReady, begun};
 }
 
-void TestDebugLines::stateChanges_areTold()
+void TestDebugLines::stateChanges_areWritten()
 {
     QFETCH(bool, hasKey);
     QFETCH(bool, isOnline);
@@ -103,10 +114,11 @@ void TestDebugLines::stateChanges_areTold()
         EVENTUALLY_EQUAL(managerLines(device), atStart + whenSetUp);
     }
     QVERIFY(device.setInternetAvailable(true));
+
     EVENTUALLY_EQUAL(managerLines(device), atStart + whenSetUp + whenOnline);
 }
 
-void TestDebugLines::stateChangesOfARunningDaemon_areTold()
+void TestDebugLines::stateChangesOfARunningDaemon_areWritten()
 {
     DeviceUnderTest device(DeviceUnderTest::WithDebugLines);
     device.server().failNext(1, ServerFault::withDelay(60000));
@@ -114,33 +126,46 @@ void TestDebugLines::stateChangesOfARunningDaemon_areTold()
     EVENTUALLY_EQUAL(device.server().requestCount(), 1);
     QList<QByteArray> expected = {atFirst, toWaitForList, listAdded};
     EVENTUALLY_EQUAL(managerLines(device), expected);
+    const auto goesOffline = [&device] { return device.setInternetAvailable(false); };
+    const auto comesOnline = [&device] { return device.setInternetAvailable(true); };
+    const auto listArrives = [&device] {
+        device.server().clearFaults();
+        return true;
+    };
+    const std::vector<Step> steps = {
+        // Lost while the list is awaited: the line names another state than the one that is left.
+        {goesOffline, {readyToNoInternet, removed}},
+        {comesOnline, {toWaitForList, listAdded}},
+        {listArrives, {toReady, begun}},
+        {goesOffline, {readyToNoInternet, removed}},
+        {comesOnline, {offlineToReady, begun}},
+    };
 
-    // Lost while the list is awaited: the line names another state than the one that is left.
-    QVERIFY(device.setInternetAvailable(false));
-    expected += QList<QByteArray>{readyToNoInternet, removed};
-    EVENTUALLY_EQUAL(managerLines(device), expected);
-    QVERIFY(device.setInternetAvailable(true));
-    expected += QList<QByteArray>{toWaitForList, listAdded};
-    EVENTUALLY_EQUAL(managerLines(device), expected);
-    device.server().clearFaults();
-    expected += QList<QByteArray>{toReady, begun};
-    EVENTUALLY_EQUAL(managerLines(device), expected);
-    QVERIFY(device.setInternetAvailable(false));
-    expected += QList<QByteArray>{readyToNoInternet, removed};
-    EVENTUALLY_EQUAL(managerLines(device), expected);
-    QVERIFY(device.setInternetAvailable(true));
-    expected += QList<QByteArray>{offlineToReady, begun};
-    EVENTUALLY_EQUAL(managerLines(device), expected);
+    for (const Step &step : steps) {
+        QVERIFY(step.event());
+        expected += step.lines;
+        EVENTUALLY_EQUAL(managerLines(device), expected);
+    }
 
-    // These change no state, and say nothing.
-    QVERIFY(device.createWidget("u7"_text));
-    QVERIFY(device.setApiKey("next-key"_text));
-    QVERIFY(device.registerApplication("u7"_text, "Last"_text, "t"_text));
-    EVENTUALLY(device.announced().contains("applicationRegistered(u7, app-1, t)"_text));
     QCOMPARE(managerLines(device), expected);
 }
 
-void TestDebugLines::requests_areToldWithTheirTrailingBlank()
+void TestDebugLines::eventsThatChangeNoState_writeNothing()
+{
+    DeviceUnderTest device(DeviceUnderTest::WithDebugLines);
+    QVERIFY(device.startAll());
+    EVENTUALLY(managerLines(device).endsWith(begun));
+    const QList<QByteArray> before = managerLines(device);
+
+    QVERIFY(device.createWidget("u7"_text));
+    QVERIFY(device.setApiKey("next-key"_text));
+    QVERIFY(device.registerApplication("u7"_text, "Last"_text, "t"_text));
+
+    EVENTUALLY(device.announced().contains("applicationRegistered(u7, app-1, t)"_text));
+    QCOMPARE(managerLines(device), before);
+}
+
+void TestDebugLines::requests_areWrittenWithTheirTrailingSpace()
 {
     DeviceUnderTest device(DeviceUnderTest::WithDebugLines);
     QVERIFY(device.startProgram());
@@ -161,7 +186,7 @@ void TestDebugLines::requests_areToldWithTheirTrailingBlank()
              "D/QWIXTD: QwixtDbusContext: Request register application u1 Two E/QWIXTD: lines [0m %s "}));
 }
 
-void TestDebugLines::duplicates_areTold()
+void TestDebugLines::duplicates_areWritten()
 {
     DeviceUnderTest device(DeviceUnderTest::WithDebugLines);
     device.server().addApplication({"d9"_text, "a1"_text, "u1"_text, "Clock"_text, "t"_text});
@@ -183,7 +208,7 @@ void TestDebugLines::duplicates_areTold()
                            "added delete app a1 some-type task", "added delete app a1 some-type task"}));
 }
 
-void TestDebugLines::listAndItsCleaning_areTold()
+void TestDebugLines::listAndItsCleaning_areWritten()
 {
     DeviceUnderTest device(DeviceUnderTest::WithDebugLines);
     device.server().addApplication({"d9"_text, "a1"_text, "gone"_text, "Clock"_text, "t"_text});
@@ -197,45 +222,54 @@ void TestDebugLines::listAndItsCleaning_areTold()
     EVENTUALLY(device.hasLine("u1, u2, u3"));
 }
 
-void TestDebugLines::widgetDeletedWithoutAnyRecord_isTold()
+void TestDebugLines::widgetDeletedWithoutAnyRecord_isWritten()
 {
     DeviceUnderTest device(DeviceUnderTest::WithDebugLines);
     QVERIFY(device.startAll());
-    QVERIFY(device.deleteWidget("u1"_text));
-    EVENTUALLY(managerLines(device).contains("no widget registered to delete"));
-    const auto before = managerLines(device).size();
 
+    QVERIFY(device.deleteWidget("u1"_text));
+
+    EVENTUALLY(managerLines(device).contains("no widget registered to delete"));
+}
+
+void TestDebugLines::widgetDeletedWithRecordsOfOthers_writesNothing()
+{
     // The line depends on whether there is any record, not on whether one is this widget's.
+    DeviceUnderTest device(DeviceUnderTest::WithDebugLines);
+    QVERIFY(device.startAll());
     QVERIFY(device.registerApplication("u3"_text, "Clock"_text, "t"_text));
     EVENTUALLY(device.announced().contains("applicationRegistered(u3, app-1, t)"_text));
+    const auto before = managerLines(device).size();
+
     QVERIFY(device.deleteWidget("u2"_text));
     QVERIFY(device.registerApplication("u3"_text, "Clock"_text, "t"_text));
+
     EVENTUALLY(device.announced().contains("applicationRegistered(u3, app-2, t)"_text));
     QCOMPARE(managerLines(device).mid(before), QList<QByteArray>());
 }
 
-void TestDebugLines::retries_areTold()
+void TestDebugLines::retries_areWritten()
 {
     DeviceUnderTest device(DeviceUnderTest::WithDebugLines);
     QVERIFY(device.startAll());
     device.server().failNext(2, ServerFault::withStatus(503));
     const auto before = managerLines(device).size();
-    QVERIFY(device.registerApplication("u1"_text, "Clock"_text, "t"_text));
     const QByteArray rescheduled = "Task rescheduler after fail";
+    QVERIFY(device.registerApplication("u1"_text, "Clock"_text, "t"_text));
     EVENTUALLY_EQUAL(managerLines(device).mid(before), QList<QByteArray>{rescheduled});
 
     QVERIFY(device.setInternetAvailable(false));
-
     QList<QByteArray> expected = {rescheduled, readyToNoInternet, removed, "not ready to do request 0"};
     EVENTUALLY_EQUAL(managerLines(device).mid(before), expected);
     QVERIFY(device.setInternetAvailable(true));
+
     expected += QList<QByteArray>{offlineToReady, begun, rescheduled};
     EVENTUALLY_EQUAL(managerLines(device).mid(before), expected);
     EVENTUALLY(device.announced().contains("applicationRegistered(u1, app-1, t)"_text));
     QCOMPARE(managerLines(device).mid(before), expected);
 }
 
-void TestDebugLines::registration_isToldFromTheBusToTheServer()
+void TestDebugLines::registration_isWrittenFromTheBusToTheServer()
 {
     const QList<QByteArray> oneTask = {"V/QWIXTD: Fetch task created", "V/QWIXTD: Fetch task deleted"};
     DeviceUnderTest device(DeviceUnderTest::WithDebugLines);
@@ -246,7 +280,6 @@ void TestDebugLines::registration_isToldFromTheBusToTheServer()
 
     EVENTUALLY_EQUAL(device.announced().size(), 2);
     const QByteArray url = "https://" + device.server().host().toLatin1() + "/api/v1/qwixt/apps";
-
     // The list, then the registration; the thread writes between the lines of the main thread.
     EVENTUALLY_EQUAL(linesOf(device, "FetchTask"),
                      QList<QByteArray>({"V/QWIXTD: FetchTask: 0 is running in thread 0xN",

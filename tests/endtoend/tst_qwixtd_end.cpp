@@ -28,6 +28,15 @@ ServerFault hangs()
 {
     return ServerFault::withDelay(60000);
 }
+
+/// Asks for forty registrations, of which the first seven are refused once.
+void askForMuch(DeviceUnderTest &device)
+{
+    device.server().failNext(7, ServerFault::withStatus(503));
+    for (int i = 0; i < 40; ++i) {
+        device.watcher().registerApplication(QStringLiteral("w%1").arg(i), "Name"_text, "t"_text);
+    }
+}
 } // namespace
 
 void TestEnd::secondInstance_endsAndTheFirstGoesOn()
@@ -128,12 +137,8 @@ void TestEnd::endUnderLoad_isPromptAndNoCrash()
     for (int round = 1; round <= ends; ++round) {
         DeviceUnderTest device;
         QVERIFY(device.startAll());
-        device.server().failNext(7, ServerFault::withStatus(503));
-        for (int i = 0; i < 40; ++i) {
-            device.watcher().registerApplication(QStringLiteral("w%1").arg(i), "Name"_text, "t"_text);
-        }
+        askForMuch(device);
         EVENTUALLY(device.server().requestCount() >= 2 + round % 15);
-
         device.expectExit();
         if (busIsLost) {
             device.bus().stop();

@@ -5,9 +5,13 @@ class TestLogLines : public QObject
 {
     Q_OBJECT
 private Q_SLOTS:
-    void everyKindOfRequest_isToldInTheseLines();
-    void requestsQueuedBeforeReady_areToldByTheirOutcomeAlone();
-    void failures_areTold();
+    void request_hasItsLines_data();
+    void request_hasItsLines();
+    void requestsQueuedBeforeReady_writeTheirOutcomeAlone();
+    void refusedList_isWritten();
+    void refusedRequest_isWrittenWithItsStatus_data();
+    void refusedRequest_isWrittenWithItsStatus();
+    void serverThatIsGone_isWrittenAsAnError();
     void serverOfAnUnknownAuthority_isNotTrusted();
     void underTheJournal_linesBeginWithTheirPriority();
     void foreignTextInALine_staysOnOneLine_data();
@@ -27,39 +31,49 @@ QByteArray urlOf(DeviceUnderTest &device)
 }
 } // namespace
 
-void TestLogLines::everyKindOfRequest_isToldInTheseLines()
+void TestLogLines::request_hasItsLines_data()
 {
+    QTest::addColumn<QString>("member");
+    QTest::addColumn<QVariantList>("arguments");
+    QTest::addColumn<QList<QByteArray>>("lines");
+
+    const QByteArray manager = "I/QWIXTD: QWixtApplicationManager: ";
+    const QByteArray registered = manager + "Application registered with status registered";
+    QTest::newRow("registration") << "registerQwixtApplication"_text
+                                  << QVariantList{"u2"_text, "Radio"_text, "t"_text}
+                                  << QList<QByteArray>{manager + "added register app task", registered};
+    QTest::newRow("update") << "updateQwixtApplication"_text
+                            << QVariantList{"a1"_text, "u1"_text, "Watch"_text, "t"_text}
+                            << QList<QByteArray>{manager + "added update app task",
+                                                 manager + "Application updated"};
+    QTest::newRow("update that changes nothing")
+        << "updateQwixtApplication"_text << QVariantList{"a1"_text, "u1"_text, "Clock"_text, "t"_text}
+        << QList<QByteArray>{manager + "application is not changed"};
+    QTest::newRow("update of an unknown application")
+        << "updateQwixtApplication"_text << QVariantList{"a9"_text, "u3"_text, "Mail"_text, "t"_text}
+        << QList<QByteArray>{"W/QWIXTD: No remote info about application a9 register one more time",
+                             manager + "added register app task", registered};
+    QTest::newRow("deletion") << "deleteQwixtApplication"_text << QVariantList{"a1"_text, "u1"_text, "t"_text}
+                              << QList<QByteArray>{manager + "added delete app task",
+                                                   manager + "Application deleted"};
+}
+
+void TestLogLines::request_hasItsLines()
+{
+    QFETCH(QString, member);
+    QFETCH(QVariantList, arguments);
+    QFETCH(QList<QByteArray>, lines);
     DeviceUnderTest device;
     device.server().addApplication(listed);
     QVERIFY(device.startAll());
     QCOMPARE(device.lines(), QList<QByteArray>());
 
-    QVERIFY(device.registerApplication("u2"_text, "Radio"_text, "t"_text));
-    EVENTUALLY_EQUAL(device.lines(),
-                     QList<QByteArray>({"I/QWIXTD: QWixtApplicationManager: added register app task",
-                                        "I/QWIXTD: QWixtApplicationManager: Application registered with "
-                                        "status registered"}));
-    QVERIFY(device.updateApplication("a1"_text, "u1"_text, "Watch"_text, "t"_text));
-    EVENTUALLY_EQUAL(device.lines().mid(2),
-                     QList<QByteArray>({"I/QWIXTD: QWixtApplicationManager: added update app task",
-                                        "I/QWIXTD: QWixtApplicationManager: Application updated"}));
-    QVERIFY(device.updateApplication("a1"_text, "u1"_text, "Watch"_text, "t"_text));
-    EVENTUALLY_EQUAL(device.lines().mid(4),
-                     QList<QByteArray>{"I/QWIXTD: QWixtApplicationManager: application is not changed"});
-    QVERIFY(device.deleteApplication("a1"_text, "u1"_text, "t"_text));
-    EVENTUALLY_EQUAL(device.lines().mid(5),
-                     QList<QByteArray>({"I/QWIXTD: QWixtApplicationManager: added delete app task",
-                                        "I/QWIXTD: QWixtApplicationManager: Application deleted"}));
-    QVERIFY(device.updateApplication("a9"_text, "u3"_text, "Mail"_text, "t"_text));
-    EVENTUALLY_EQUAL(
-        device.lines().mid(7),
-        QList<QByteArray>({"W/QWIXTD: No remote info about application a9 register one more time",
-                           "I/QWIXTD: QWixtApplicationManager: added register app task",
-                           "I/QWIXTD: QWixtApplicationManager: Application registered with status "
-                           "registered"}));
+    QVERIFY(device.isAnsweredEmpty(member, arguments));
+
+    EVENTUALLY_EQUAL(device.lines(), lines);
 }
 
-void TestLogLines::requestsQueuedBeforeReady_areToldByTheirOutcomeAlone()
+void TestLogLines::requestsQueuedBeforeReady_writeTheirOutcomeAlone()
 {
     DeviceUnderTest device;
     device.daemon().setInternetAvailable(false);
@@ -77,30 +91,60 @@ void TestLogLines::requestsQueuedBeforeReady_areToldByTheirOutcomeAlone()
     QCOMPARE(device.lines().at(1), "W/QWIXTD: FetchTask: DELETE Status=404 Url=" + urlOf(device));
 }
 
-void TestLogLines::failures_areTold()
+void TestLogLines::refusedList_isWritten()
 {
     DeviceUnderTest device;
-    device.server().addApplication(listed);
     device.server().failNext(1, ServerFault::withStatus(400));
-    QVERIFY(device.startServices() && device.startProgram());
-    const QByteArray url = urlOf(device);
-    EVENTUALLY_EQUAL(device.lines(), QList<QByteArray>{"W/QWIXTD: FetchTask: GET Status=400 Url=" + url});
-    QVERIFY(device.setInternetAvailable(false));
-    QVERIFY(device.setInternetAvailable(true));
-    EVENTUALLY_EQUAL(device.announced().size(), 1);
 
-    device.server().failNext(1, ServerFault::withStatus(503));
-    QVERIFY(device.registerApplication("u2"_text, "Radio"_text, "t"_text));
-    EVENTUALLY(device.hasLine("W/QWIXTD: FetchTask: POST Status=503 Url=" + url));
-    device.server().failNext(1, ServerFault::withStatus(401));
-    QVERIFY(device.updateApplication("a1"_text, "u1"_text, "Watch"_text, "t"_text));
-    EVENTUALLY(device.hasLine("W/QWIXTD: FetchTask: PUT Status=401 Url=" + url));
-    device.server().failNext(1, ServerFault::withStatus(500));
-    QVERIFY(device.deleteApplication("a1"_text, "u1"_text, "t"_text));
-    EVENTUALLY(device.hasLine("W/QWIXTD: FetchTask: DELETE Status=500 Url=" + url));
+    QVERIFY(device.startServices() && device.startProgram());
+
+    EVENTUALLY_EQUAL(device.lines(),
+                     QList<QByteArray>{"W/QWIXTD: FetchTask: GET Status=400 Url=" + urlOf(device)});
+}
+
+void TestLogLines::refusedRequest_isWrittenWithItsStatus_data()
+{
+    QTest::addColumn<QString>("member");
+    QTest::addColumn<QVariantList>("arguments");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QByteArray>("line");
+
+    QTest::newRow("registration") << "registerQwixtApplication"_text
+                                  << QVariantList{"u2"_text, "Radio"_text, "t"_text} << 503
+                                  << QByteArray("POST Status=503");
+    QTest::newRow("update") << "updateQwixtApplication"_text
+                            << QVariantList{"a1"_text, "u1"_text, "Watch"_text, "t"_text} << 401
+                            << QByteArray("PUT Status=401");
+    QTest::newRow("deletion") << "deleteQwixtApplication"_text << QVariantList{"a1"_text, "u1"_text, "t"_text}
+                              << 500 << QByteArray("DELETE Status=500");
+}
+
+void TestLogLines::refusedRequest_isWrittenWithItsStatus()
+{
+    QFETCH(QString, member);
+    QFETCH(QVariantList, arguments);
+    QFETCH(int, status);
+    QFETCH(QByteArray, line);
+    DeviceUnderTest device;
+    device.server().addApplication(listed);
+    QVERIFY(device.startAll());
+    device.server().failNext(1, ServerFault::withStatus(status));
+
+    QVERIFY(device.isAnsweredEmpty(member, arguments));
+
+    EVENTUALLY(device.hasLine("W/QWIXTD: FetchTask: " + line + " Url=" + urlOf(device)));
+}
+
+void TestLogLines::serverThatIsGone_isWrittenAsAnError()
+{
+    DeviceUnderTest device;
+    QVERIFY(device.startAll());
     device.server().stop();
+
     QVERIFY(device.registerApplication("u3"_text, "Mail"_text, "t"_text));
-    EVENTUALLY(device.hasLine("E/QWIXTD: FetchTask: [Error] 7 " + url + curlsWords(CURLE_COULDNT_CONNECT)));
+
+    EVENTUALLY(device.hasLine("E/QWIXTD: FetchTask: [Error] 7 " + urlOf(device) +
+                              curlsWords(CURLE_COULDNT_CONNECT)));
 }
 
 void TestLogLines::serverOfAnUnknownAuthority_isNotTrusted()

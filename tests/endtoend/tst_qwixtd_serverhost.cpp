@@ -58,9 +58,9 @@ void TestServerHost::badHost_isIgnoredWithAWarning_data()
 {
     QTest::addColumn<QString>("host");
 
-    QTest::newRow("blank alone") << " "_text;
-    QTest::newRow("blank inside") << "local host"_text;
-    QTest::newRow("blank at the end") << "localhost "_text;
+    QTest::newRow("space alone") << " "_text;
+    QTest::newRow("space inside") << "local host"_text;
+    QTest::newRow("space at the end") << "localhost "_text;
     QTest::newRow("line feed") << "localhost\n"_text;
     QTest::newRow("tab") << "local\thost"_text;
     QTest::newRow("escape") << "local\x1bhost"_text;
