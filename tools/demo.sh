@@ -93,20 +93,8 @@ wait_until() {
 }
 
 start_bus() {
-    cat >"$work/bus.conf" <<END
-<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <listen>unix:path=$work/bus</listen>
-  <policy context="default">
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow eavesdrop="true"/>
-    <allow own="*"/>
-  </policy>
-</busconfig>
-END
-    setpriv --pdeathsig KILL dbus-daemon --nofork --nosyslog --config-file="$work/bus.conf" \
-        >"$work/bus.log" 2>&1 3>&- &
+    setpriv --pdeathsig KILL dbus-daemon --nofork --nosyslog --config-file="$ROOT/tools/private-bus.conf" \
+        --address="unix:path=$work/bus" >"$work/bus.log" 2>&1 3>&- &
     bus_pid=$!
     export DBUS_SYSTEM_BUS_ADDRESS=unix:path=$work/bus
     wait_until 10 test -S "$work/bus" || fail "the private bus did not start: $(cat "$work/bus.log")"
@@ -125,10 +113,8 @@ start_simulator() {
 # A certificate bundle with the throw-away authority lies over the system's, for the daemon alone.
 start_daemon() {
     : >"$work/sandbox"
-    env -u JOURNAL_STREAM QWIXTD_SERVER_HOST="$server" setpriv --pdeathsig KILL \
-        bwrap --dev-bind / / --die-with-parent --json-status-fd 4 \
-        --bind "$work/certificates/bundle.pem" /etc/ssl/certs/ca-certificates.crt \
-        "$bin/qwixtd" 4>"$work/sandbox" >>"$work/daemon.log" 2>&1 3>&- </dev/null &
+    env -u JOURNAL_STREAM QWIXTD_SERVER_HOST="$server" "$ROOT/tools/run-daemon.sh" \
+        "$work/certificates/bundle.pem" "$work/sandbox" "$bin/qwixtd" >>"$work/daemon.log" 2>&1 3>&- </dev/null &
     sandbox_pid=$!
     wait_until 10 grep -q child-pid "$work/sandbox" || fail "the daemon did not start"
     daemon_pid=$(sed -n 's/.*"child-pid": *\([0-9]*\).*/\1/p' "$work/sandbox" | head -n 1)

@@ -59,7 +59,7 @@ private:
 
 void TestProxyConstruction::makeActivatable(const char *service)
 {
-    QFile file(bus.servicesFolder() + QStringLiteral("/%1.service").arg(QLatin1String(service)));
+    QFile file(bus.servicesDirectory() + QStringLiteral("/%1.service").arg(QLatin1String(service)));
     QVERIFY(file.open(QIODevice::WriteOnly));
     // It ends at once and badly, so that the bus does not go on waiting for it to own its name.
     file.write(QStringLiteral("[D-BUS Service]\nName=%1\nExec=/bin/sh -c \"touch '%2'; exit 1\"\n")

@@ -17,7 +17,7 @@ Certificates::Certificates()
 {
     QProcess script;
     script.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    script.start(QStringLiteral(QWIXTD_CERTIFICATES_SCRIPT), {folder.path()});
+    script.start(QStringLiteral(QWIXTD_CERTIFICATES_SCRIPT), {directory.path()});
     const bool isDone = script.waitForFinished(timeoutMs) && script.exitStatus() == QProcess::NormalExit &&
                         script.exitCode() == 0;
     if (!isDone) {
@@ -28,20 +28,20 @@ Certificates::Certificates()
 
 QString Certificates::authority() const
 {
-    return folder.filePath(QStringLiteral("authority.pem"));
+    return directory.filePath(QStringLiteral("authority.pem"));
 }
 
 QString Certificates::bundle() const
 {
-    return folder.filePath(QStringLiteral("bundle.pem"));
+    return directory.filePath(QStringLiteral("bundle.pem"));
 }
 
 QString Certificates::serverCertificate() const
 {
-    return folder.filePath(QStringLiteral("server.pem"));
+    return directory.filePath(QStringLiteral("server.pem"));
 }
 
 QString Certificates::serverKey() const
 {
-    return folder.filePath(QStringLiteral("server.key"));
+    return directory.filePath(QStringLiteral("server.key"));
 }

@@ -20,5 +20,5 @@ public:
 private:
     Certificates();
 
-    QTemporaryDir folder;
+    QTemporaryDir directory;
 };

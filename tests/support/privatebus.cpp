@@ -7,25 +7,11 @@ namespace
 {
 constexpr int startTimeoutMs = 10000;
 constexpr int stopTimeoutMs = 5000;
-
-const char configuration[] =
-    R"(<!DOCTYPE busconfig PUBLIC "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
- "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
-<busconfig>
-  <listen>unix:path=%1/bus</listen>
-  <servicedir>%1/services</servicedir>
-  <policy context="default">
-    <allow send_destination="*" eavesdrop="true"/>
-    <allow eavesdrop="true"/>
-    <allow own="*"/>
-  </policy>
-</busconfig>
-)";
 } // namespace
 
 PrivateBus::PrivateBus()
 {
-    QDir(folder.path()).mkdir(QStringLiteral("services"));
+    QDir(directory.path()).mkdir(QStringLiteral("services"));
 }
 
 PrivateBus::~PrivateBus()
@@ -35,22 +21,20 @@ PrivateBus::~PrivateBus()
 
 bool PrivateBus::start()
 {
-    const QString configurationPath = folder.filePath(QStringLiteral("bus.conf"));
-    QFile file(configurationPath);
-    if (!file.open(QIODevice::WriteOnly)) {
-        qWarning("cannot write the configuration of the private bus");
+    // A copy, so that the services that it names stand in a directory of this bus's own.
+    const QString configuration = directory.filePath(QStringLiteral("bus.conf"));
+    if (!QFile::exists(configuration) &&
+        !QFile::copy(QStringLiteral(QWIXTD_BUS_CONFIGURATION), configuration)) {
+        qWarning("cannot copy %s to %s", QWIXTD_BUS_CONFIGURATION, qPrintable(configuration));
         return false;
     }
-    file.write(QString::fromLatin1(configuration).arg(folder.path()).toUtf8());
-    file.close();
-
     // setpriv has the daemon killed with the test program, however that ends.
     daemon.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     daemon.start(QStringLiteral("setpriv"),
                  {QStringLiteral("--pdeathsig"), QStringLiteral("KILL"), QStringLiteral("dbus-daemon"),
                   QStringLiteral("--nofork"), QStringLiteral("--nosyslog"),
-                  QStringLiteral("--print-address=1"),
-                  QStringLiteral("--config-file=%1").arg(configurationPath)});
+                  QStringLiteral("--print-address=1"), QStringLiteral("--config-file=%1").arg(configuration),
+                  QStringLiteral("--address=unix:path=%1").arg(directory.filePath(QStringLiteral("bus")))});
     QByteArray line;
     while (!line.endsWith('\n')) {
         if (!daemon.waitForReadyRead(startTimeoutMs)) {
@@ -86,7 +70,7 @@ qint64 PrivateBus::processId() const
     return daemon.processId();
 }
 
-QString PrivateBus::servicesFolder() const
+QString PrivateBus::servicesDirectory() const
 {
-    return folder.filePath(QStringLiteral("services"));
+    return directory.filePath(QStringLiteral("services"));
 }

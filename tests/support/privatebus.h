@@ -23,11 +23,11 @@ public:
 
     QString address() const;
     qint64 processId() const;
-    /// A folder for *.service files, which the daemon reads at start().
-    QString servicesFolder() const;
+    /// A directory for *.service files, which the daemon reads at start().
+    QString servicesDirectory() const;
 
 private:
-    QTemporaryDir folder;
+    QTemporaryDir directory;
     QProcess daemon;
     QString busAddress;
 };

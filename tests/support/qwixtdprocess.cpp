@@ -1,9 +1,10 @@
 #include "qwixtdprocess.h"
 
-#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonDocument>
+#include <QJsonObject>
 
 #include <csignal>
 
@@ -17,13 +18,6 @@ QByteArray contentOf(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-// The process's parent, from the second field behind its name, which stands in brackets and may hold
-// anything.
-qint64 parentOf(qint64 processId)
-{
-    const QByteArray stat = contentOf(QStringLiteral("/proc/%1/stat").arg(processId));
-    return stat.mid(stat.lastIndexOf(')') + 1).simplified().split(' ').value(1).toLongLong();
 }
 } // namespace
 
@@ -74,13 +68,9 @@ bool QwixtdProcess::start(const QString &busAddress, const QString &serverHost)
     setEnvironment(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), busAddress);
     setEnvironment(QStringLiteral("QWIXTD_SERVER_HOST"), serverHost);
     process.setProcessEnvironment(environment);
-    process.start(QStringLiteral("setpriv"),
-                  QStringList{QStringLiteral("--pdeathsig"), QStringLiteral("KILL"), QStringLiteral("bwrap"),
-                              QStringLiteral("--dev-bind"), QStringLiteral("/"), QStringLiteral("/"),
-                              QStringLiteral("--die-with-parent")} +
-                      sandbox +
-                      QStringList{QStringLiteral("--bind"), bundlePath,
-                                  QStringLiteral("/etc/ssl/certs/ca-certificates.crt"), program});
+    QFile::remove(statusPath());
+    process.start(QStringLiteral(QWIXTD_RUN_SCRIPT),
+                  QStringList{bundlePath, statusPath(), program} + sandbox);
     QElapsedTimer elapsed;
     elapsed.start();
     while (daemonId == 0 && elapsed.elapsed() < startTimeoutMs) {
@@ -168,16 +158,17 @@ void QwixtdProcess::collect()
     standardError += process.readAllStandardError();
 }
 
-// bubblewrap stays as the parent of what it runs; the daemon is its one child, once that runs the program.
+QString QwixtdProcess::statusPath() const
+{
+    return directory.filePath(QStringLiteral("status"));
+}
+
+// The sandbox names the process before it has become the program.
 qint64 QwixtdProcess::findDaemon() const
 {
-    const QStringList entries = QDir(QStringLiteral("/proc")).entryList(QDir::Dirs);
-    for (const QString &entry : entries) {
-        const qint64 candidate = entry.toLongLong();
-        if (candidate > 0 && parentOf(candidate) == process.processId()) {
-            const QString running = QFile::symLinkTarget(QStringLiteral("/proc/%1/exe").arg(candidate));
-            return QFileInfo(running).fileName() == QFileInfo(program).fileName() ? candidate : 0;
-        }
-    }
-    return 0;
+    const QByteArray status = contentOf(statusPath());
+    const QJsonDocument firstLine = QJsonDocument::fromJson(status.left(status.indexOf('\n')));
+    const qint64 child = firstLine.object().value(QStringLiteral("child-pid")).toInt();
+    const QString running = QFile::symLinkTarget(QStringLiteral("/proc/%1/exe").arg(child));
+    return QFileInfo(running).fileName() == QFileInfo(program).fileName() ? child : 0;
 }

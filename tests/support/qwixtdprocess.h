@@ -5,10 +5,11 @@
 #include <QProcess>
 #include <QString>
 #include <QStringList>
+#include <QTemporaryDir>
 
-/// The real daemon, as a process that trusts the tests' authority and nobody else does: bubblewrap puts a
-/// certificate bundle over the system's for it alone. It ends with this object, and with the test program
-/// however that ends.
+/// The real daemon, as a process that trusts the tests' authority, which nobody else does:
+/// tools/run-daemon.sh puts a certificate bundle over the system's for it alone. It ends with this object,
+/// and with the test program however that ends.
 class QwixtdProcess
 {
 public:
@@ -19,7 +20,7 @@ public:
 
     /// For the next start(); an empty value removes the variable.
     void setEnvironment(const QString &name, const QString &value);
-    /// For the next start(): further arguments of bubblewrap; the certificate bundle comes on top of them.
+    /// For the next start(): further options of bubblewrap; the certificate bundle comes on top of them.
     void setSandbox(const QStringList &arguments);
     /// Starts the daemon on a bus and against a server ("host:port"), and waits until the program runs.
     /// False, with a warning, when it does not come to that.
@@ -48,11 +49,13 @@ public:
 private:
     void collect();
     qint64 findDaemon() const;
+    QString statusPath() const;
 
     const QString program;
     const QString bundlePath;
     QProcessEnvironment environment;
     QStringList sandbox;
+    const QTemporaryDir directory;
     QProcess process;
     qint64 daemonId = 0;
     QByteArray standardOutput;
