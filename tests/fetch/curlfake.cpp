@@ -1,6 +1,7 @@
 #include "curlfake.h"
 
 #include "curlfakelists.h"
+#include "curlwraps.h"
 
 #include <QMap>
 #include <QMutex>
@@ -10,19 +11,6 @@
 
 #include <cstdarg>
 #include <cstring>
-
-extern "C" {
-CURL *__real_curl_easy_init();
-CURLcode __real_curl_easy_setopt(CURL *handle, CURLoption option, ...);
-void __real_curl_easy_cleanup(CURL *handle);
-
-CURL *__wrap_curl_easy_init();
-CURLcode __wrap_curl_easy_setopt(CURL *handle, CURLoption option, ...);
-CURLcode __wrap_curl_easy_perform(CURL *handle);
-CURLcode __wrap_curl_easy_getinfo(CURL *handle, CURLINFO info, ...);
-void __wrap_curl_easy_cleanup(CURL *handle);
-int __wrap___res_init();
-}
 
 namespace
 {

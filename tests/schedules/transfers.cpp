@@ -1,20 +1,13 @@
 #include "transfers.h"
 
+#include "curlwraps.h"
+
 #include <QObject>
 #include <QThread>
 
 #include <condition_variable>
 #include <cstdarg>
 #include <mutex>
-
-extern "C" {
-CURL *__wrap_curl_easy_init();
-CURLcode __wrap_curl_easy_setopt(CURL *handle, CURLoption option, ...);
-CURLcode __wrap_curl_easy_perform(CURL *handle);
-CURLcode __wrap_curl_easy_getinfo(CURL *handle, CURLINFO info, ...);
-void __wrap_curl_easy_cleanup(CURL *handle);
-int __wrap___res_init();
-}
 
 namespace
 {
@@ -30,9 +23,9 @@ struct Handle {
 
 std::mutex mutex;
 std::condition_variable changed;
-Handle *waiting = nullptr; ///< the transfer that waits to be told its end
-bool isTold = false;
-Transfers::Outcome told;
+Handle *waiting = nullptr; ///< the transfer that waits for its end
+bool isDecided = false;
+Transfers::Outcome decided;
 quint64 marksPosted = 0; ///< by settle(), to the fetch thread
 quint64 marksPassed = 0; ///< the last one that the fetch thread came past
 int handles = 0;
@@ -74,9 +67,9 @@ CURLcode __wrap_curl_easy_perform(CURL *handle)
         std::unique_lock lock(mutex);
         waiting = of(handle);
         changed.notify_all();
-        changed.wait(lock, [] { return isTold; });
-        isTold = false;
-        outcome = told;
+        changed.wait(lock, [] { return isDecided; });
+        isDecided = false;
+        outcome = decided;
     }
     of(handle)->status = outcome.status;
     if (outcome.code == CURLE_OK && !outcome.body.isEmpty()) {
@@ -156,8 +149,8 @@ void end(const Outcome &outcome)
 {
     const std::lock_guard lock(mutex);
     waiting = nullptr;
-    told = outcome;
-    isTold = true;
+    decided = outcome;
+    isDecided = true;
     changed.notify_all();
 }
 
