@@ -3,6 +3,7 @@
 #include "vdatafetcher_p.h"
 
 #include <QAbstractEventDispatcher>
+#include <QMutexLocker>
 
 /// Shows a test what waits inside a fetcher, and makes what no call from outside can: a task that waits in
 /// the run queue instead of being handed to the worker thread at once. For the thread that owns the fetcher.
@@ -23,6 +24,11 @@ public:
     {
         const QMutexLocker locker(&d->queueMutex);
         d->execQueue.append(task);
+    }
+    void emptyQueue() const
+    {
+        const QMutexLocker locker(&d->queueMutex);
+        d->execQueue.clear();
     }
     int queued() const
     {

@@ -1,11 +1,12 @@
 #include "openmanager.h"
 
 #include "descriptions.h"
+#include "fetcherprobe.h"
 #include "remotetaskwithdescription.h"
-#include "vdatafetcher_p.h"
 #include "vthread.h"
 
 #include <QCoreApplication>
+#include <QTest>
 #include <QTimer>
 
 namespace
@@ -63,6 +64,14 @@ void OpenManager::beWaitingForList()
     beReady();
     remoteListReceived = false;
     state = WaitForList;
+}
+
+bool OpenManager::beReadyWithOneRetry()
+{
+    CurlFake::queueAnswer({CURLE_OK, 503, "", ""});
+    beReady();
+    registerApplication(text("u1"), text("n"), text("t"));
+    return QTest::qWaitFor([this] { return retryCount() == 1; });
 }
 
 void OpenManager::setState(int number)
@@ -154,17 +163,17 @@ void OpenManager::holdInWorker(RemoteTaskWithDescription *task)
 {
     // The thread's start has the queue looked into once more. It was reported before the first run.
     QCoreApplication::sendPostedEvents();
-    findChild<VDataFetcherPrivate *>()->execQueue.append(task);
+    FetcherProbe(*this).leaveInQueue(task);
 }
 
 void OpenManager::letGoInWorker()
 {
-    findChild<VDataFetcherPrivate *>()->execQueue.clear();
+    FetcherProbe(*this).emptyQueue();
 }
 
 int OpenManager::heldInWorker() const
 {
-    return static_cast<int>(findChild<VDataFetcherPrivate *>()->execQueue.size());
+    return FetcherProbe(*this).queued();
 }
 
 RemoteTaskWithDescription *OpenManager::taskOf(const RemoteTaskDescription &descr) const

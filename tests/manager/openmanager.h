@@ -1,11 +1,9 @@
 #pragma once
 
 #include "curlfake.h"
-#include "daemonservice.h"
 #include "platformcapture.h"
 #include "privatebus.h"
 #include "qwixtapplicationmanager.h"
-#include "widgetmanagerservice.h"
 
 #include <QSignalSpy>
 
@@ -51,6 +49,9 @@ public:
     void beReady();
     /// The same, but without the list of remote applications.
     void beWaitingForList();
+    /// Ready, with one registration ("u1", "n", "t") that was answered 503 once and now waits for its retry.
+    /// False when it does not come to that.
+    bool beReadyWithOneRetry();
     /// @param number a ManagerState, or none of them
     void setState(int number);
     void setKnowledge(const Knowledge &knowledge);
@@ -73,8 +74,8 @@ public:
     void fail(const RemoteTaskDescription &descr, int code, const QByteArray &reply = {});
     /// Has the waiting retries due now.
     void retryNow();
-    /// Puts a task where the worker counts it as held: into the run queue, which is empty otherwise, since
-    /// what is queued goes to the thread at once. After a first transfer has begun only.
+    /// Puts a task where the worker counts it as held: into the run queue, which is empty otherwise, because
+    /// what is queued goes to the thread at once. Only after a first transfer has begun.
     void holdInWorker(RemoteTaskWithDescription *task);
     void letGoInWorker();
 
@@ -102,7 +103,7 @@ public:
     int heldInWorker() const;
     /// Whether every request is done: nothing waits, runs or is left over.
     bool holdsNothing() const;
-    /// The records, one string each: "key: app id, identifier, name, type", parted by blanks.
+    /// The records, one string each: "key: app id, identifier, name, type", parted by spaces.
     QStringList localRecords() const;
     QStringList remoteRecords() const;
 
@@ -114,7 +115,7 @@ private:
 /// The manager's lines among all that were captured, oldest first.
 QList<QByteArray> managerLines(int priority = LogPriority::Any);
 
-/// Descriptions from a test's texts.
+/// Descriptions from a test's strings.
 namespace Descr
 {
 RemoteTaskDescription registration(const char *uuid, const char *name = "Clock", const char *type = "t");
@@ -126,7 +127,7 @@ RemoteTaskDescription list();
 
 Q_DECLARE_METATYPE(RemoteTaskDescription)
 
-/// Text of a test.
+/// A string of a test.
 inline QString text(const char *utf8)
 {
     return QString::fromUtf8(utf8);

@@ -1,4 +1,4 @@
-#include "buscalls.h"
+#include "devicefixture.h"
 #include "membersof.h"
 #include "openmanager.h"
 #include "platformcapture.h"
@@ -9,10 +9,9 @@
 namespace
 {
 
-const QByteArray noWidgetsLine = "QWixtApplicationManager: cant get widgets list ";
 const QByteArray processLine = "QWixtApplicationManager: Start process requests";
 
-/// The last step of a state change that the debug lines tell.
+/// The last step of a state change that the debug lines show.
 QByteArray action(const QSignalSpy &ready)
 {
     const QList<QByteArray> lines = PlatformCapture::texts(LogPriority::Debug);
@@ -30,6 +29,7 @@ QByteArray action(const QSignalSpy &ready)
 
 } // namespace
 
+/// The manager's states, and what leads from one to the other.
 class TestManagerStates : public QObject
 {
     Q_OBJECT
@@ -49,31 +49,15 @@ private Q_SLOTS:
     void unknownState_isWarnedAbout_data();
     void unknownState_isWarnedAbout();
 
-    void daemonAbsentAtStart_readsNothingButTheKey();
-    void daemonAbsentAtStart_waitsForItsSignal();
-    void daemonAnswersAnotherError_staysWaitingButReadsOn();
-    void daemonAnswersAnotherErrorLater_countsAsStarted();
-    void startOrder_ofTheReads();
-    void start_subscribesThenReadsInThisOrder();
-    void widgetManagerAbsentAtStart_isWarnedAbout();
-    void widgetManagerAbsentAtStart_isWaitedFor();
-    void widgetListFailsLater_oldListStays();
-    void widgetListFails_stateIsEvaluatedAllTheSame();
-    void keyEmptyAtStart_waitsForSetUp_data();
-    void keyEmptyAtStart_waitsForSetUp();
-    void onlineAndSetUpAtStart_fetchesTheList();
     void listArrives_isReadyAndSaysSo();
-    void internetLostWhileWaitingForTheList();
+    void internetLostWhileWaitingForTheList_isWrittenAsIfReady();
     void internetRegainedAfterTheList_isReadyWithoutASignal();
-    void daemonRestart_readsEverythingAgain();
-    void daemonGoneWhenItsSignalComes_readsEmptyTexts();
     void widgetCreated_onlyGrowsTheList();
     void keyLostLater_hasNoEffect();
 
 private:
     PrivateBus bus;
-    std::unique_ptr<DaemonService> daemon;
-    std::unique_ptr<WidgetManagerService> widgets;
+    std::unique_ptr<DeviceSimulator> device;
 };
 
 void TestManagerStates::initTestCase()
@@ -85,19 +69,13 @@ void TestManagerStates::init()
 {
     CurlFake::reset();
     PlatformCapture::clear();
-    daemon = std::make_unique<DaemonService>(bus.address());
-    daemon->setApiKeyQuietly(text("key"));
-    daemon->setRemoteId(text("d9"));
-    daemon->setSerial(text("s1"));
-    widgets = std::make_unique<WidgetManagerService>(bus.address());
-    widgets->setWidgetsQuietly({text("u1"), text("u2")});
+    device = makeDevice(bus);
 }
 
 void TestManagerStates::cleanup()
 {
     CurlFake::release();
-    daemon.reset();
-    widgets.reset();
+    device.reset();
 }
 
 void TestManagerStates::state_hasItsNumber_data()
@@ -116,6 +94,15 @@ void TestManagerStates::state_hasItsNumber()
     QFETCH(int, state);
 
     QTEST(state, "number");
+}
+
+void TestManagerStates::refreshTimer_wouldFetchTheList()
+{
+    OpenManager manager;
+
+    manager.listTimer()->start(0);
+
+    QTRY_VERIFY(manager.queue() == QList<RemoteTaskDescription>{Descr::list()});
 }
 
 void TestManagerStates::metaObject_listsSignalsAndSlotsInOrder()
@@ -149,16 +136,7 @@ void TestManagerStates::construction_isQuietAndSetsUpTheDormantTimer()
     QVERIFY(manager.listTimer()->isSingleShot());
     QVERIFY(!manager.listTimer()->isActive());
     QCOMPARE(manager.listTimer()->parent(), &manager);
-    QVERIFY(daemon->calls().isEmpty());
-}
-
-void TestManagerStates::refreshTimer_wouldFetchTheList()
-{
-    OpenManager manager;
-
-    manager.listTimer()->start(0);
-
-    QTRY_VERIFY(manager.queue() == QList<RemoteTaskDescription>{Descr::list()});
+    QVERIFY(device->daemon().calls().isEmpty());
 }
 
 void TestManagerStates::transition_data()
@@ -272,218 +250,10 @@ void TestManagerStates::unknownState_isWarnedAbout()
     QCOMPARE(PlatformCapture::lines().constFirst().priority, static_cast<int>(LogPriority::Warning));
 }
 
-void TestManagerStates::daemonAbsentAtStart_readsNothingButTheKey()
-{
-    QVERIFY(widgets->start());
-    OpenManager manager;
-
-    manager.start();
-
-    QCOMPARE(manager.currentState(), QWixtApplicationManager::WaitForDaemonsToStart);
-    QVERIFY(!manager.knowledge().daemonStarted);
-    QVERIFY(!manager.knowledge().internetAvailable);
-    QVERIFY(manager.knowledge().serial.isEmpty());
-    QVERIFY(manager.knowledge().remoteId.isEmpty());
-}
-
-void TestManagerStates::daemonAbsentAtStart_waitsForItsSignal()
-{
-    CurlFake::hold();
-    QVERIFY(widgets->start());
-    OpenManager manager;
-    manager.start();
-
-    QVERIFY(daemon->start());
-
-    QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::WaitForList);
-    QCOMPARE(manager.knowledge().apiKey, text("key"));
-    QCOMPARE(manager.knowledge().serial, text("s1"));
-    QCOMPARE(manager.knowledge().remoteId, text("d9"));
-    QVERIFY(manager.knowledge().internetAvailable);
-    QCOMPARE(daemon->calls(),
-             (QStringList{text("apiKey"), text("serial"), text("remoteId"), text("isInternetAvailable")}));
-}
-
-void TestManagerStates::daemonAnswersAnotherError_staysWaitingButReadsOn()
-{
-    QVERIFY(widgets->start());
-    daemon->failCallsOf(text("apiKey"), text("org.freedesktop.DBus.Error.AccessDenied"), text("no"));
-    QVERIFY(daemon->start());
-    OpenManager manager;
-
-    manager.start();
-
-    QCOMPARE(manager.currentState(), QWixtApplicationManager::WaitForDaemonsToStart);
-    QVERIFY(!manager.knowledge().daemonStarted);
-    QVERIFY(manager.knowledge().apiKey.isEmpty());
-    QCOMPARE(manager.knowledge().serial, text("s1"));
-    QCOMPARE(manager.knowledge().remoteId, text("d9"));
-}
-
-void TestManagerStates::daemonAnswersAnotherErrorLater_countsAsStarted()
-{
-    QVERIFY(daemon->start());
-    OpenManager manager;
-    manager.start();
-    QVERIFY(manager.knowledge().daemonStarted);
-
-    daemon->stop();
-    daemon->failCallsOf(text("apiKey"), text("org.freedesktop.DBus.Error.AccessDenied"), text("no"));
-    QVERIFY(daemon->start());
-    QTRY_COMPARE(daemon->callCount(text("apiKey")), 2);
-    QVERIFY(widgets->start());
-
-    // The key that was not to be had is empty.
-    QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::NotSetuped);
-    QVERIFY(manager.knowledge().daemonStarted);
-}
-
-void TestManagerStates::startOrder_ofTheReads()
-{
-    QVERIFY(widgets->start());
-    QVERIFY(daemon->start());
-    OpenManager manager;
-
-    manager.start();
-
-    QCOMPARE(widgets->calls(), QStringList{text("listOfInstalledWidgets")});
-    QCOMPARE(daemon->calls(),
-             (QStringList{text("apiKey"), text("isInternetAvailable"), text("serial"), text("remoteId")}));
-    QCOMPARE(manager.knowledge().installedWidgets, (QStringList{text("u1"), text("u2")}));
-    QVERIFY(manager.knowledge().daemonStarted);
-    QVERIFY(manager.knowledge().widgetsListReceived);
-}
-
-void TestManagerStates::start_subscribesThenReadsInThisOrder()
-{
-    QVERIFY(widgets->start());
-    QVERIFY(daemon->start());
-    const BusCalls listener(bus.address());
-    OpenManager manager;
-
-    manager.start();
-
-    QTRY_COMPARE(listener.calls(),
-                 (QStringList{text("subscribe internetAvailabilityChanged"),
-                              text("subscribe windowServerDidStarted"), text("subscribe widgetDeleted"),
-                              text("subscribe newWidgetCreated"), text("subscribe daemonDidStart"),
-                              text("subscribe apiKeyDidSet"), text("listOfInstalledWidgets"), text("apiKey"),
-                              text("isInternetAvailable"), text("serial"), text("remoteId")}));
-}
-
-void TestManagerStates::widgetManagerAbsentAtStart_isWarnedAbout()
-{
-    QVERIFY(daemon->start());
-    OpenManager manager;
-
-    manager.start();
-
-    const QList<QByteArray> warnings = PlatformCapture::texts(LogPriority::Warning);
-    QCOMPARE(warnings.size(), 1);
-    QVERIFY(warnings.constFirst().startsWith(noWidgetsLine));
-    QVERIFY(warnings.constFirst().size() > noWidgetsLine.size()); // the bus's own words follow
-    QVERIFY(!manager.knowledge().widgetsListReceived);
-    QCOMPARE(manager.currentState(), QWixtApplicationManager::WaitForDaemonsToStart);
-}
-
-void TestManagerStates::widgetManagerAbsentAtStart_isWaitedFor()
-{
-    CurlFake::hold();
-    QVERIFY(daemon->start());
-    OpenManager manager;
-    manager.start();
-
-    QVERIFY(widgets->start());
-
-    QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::WaitForList);
-    QCOMPARE(manager.knowledge().installedWidgets, (QStringList{text("u1"), text("u2")}));
-}
-
-void TestManagerStates::widgetListFailsLater_oldListStays()
-{
-    QVERIFY(widgets->start());
-    OpenManager manager;
-    manager.start();
-    widgets->stop();
-    widgets->failCallsOf(text("listOfInstalledWidgets"), text("com.example.Broken"), text("out of order"));
-
-    QVERIFY(widgets->start());
-
-    QTRY_COMPARE(PlatformCapture::count(noWidgetsLine + "out of order"), 1);
-    QVERIFY(manager.knowledge().widgetsListReceived);
-    QCOMPARE(manager.knowledge().installedWidgets, (QStringList{text("u1"), text("u2")}));
-}
-
-void TestManagerStates::widgetListFails_stateIsEvaluatedAllTheSame()
-{
-    CurlFake::hold();
-    widgets->failCallsOf(text("listOfInstalledWidgets"), text("com.example.Broken"), text("out of order"));
-    QVERIFY(daemon->start());
-    OpenManager manager;
-    manager.start();
-    QCOMPARE(manager.currentState(), QWixtApplicationManager::WaitForDaemonsToStart);
-    OpenManager::Knowledge knowledge = manager.knowledge();
-    knowledge.widgetsListReceived = true; // by an earlier start of the widget manager
-    manager.setKnowledge(knowledge);
-
-    QVERIFY(widgets->start());
-
-    QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::WaitForList);
-    QCOMPARE(widgets->callCount(text("listOfInstalledWidgets")), 1);
-}
-
-void TestManagerStates::keyEmptyAtStart_waitsForSetUp_data()
-{
-    QTest::addColumn<bool>("online");
-    QTest::addColumn<int>("state");
-    QTest::newRow("online") << true << 3;
-    QTest::newRow("offline") << false << 2;
-}
-
-void TestManagerStates::keyEmptyAtStart_waitsForSetUp()
-{
-    QFETCH(bool, online);
-    QFETCH(int, state);
-    CurlFake::hold();
-    daemon->setApiKeyQuietly(QString());
-    daemon->setInternetAvailable(online);
-    QVERIFY(widgets->start());
-    QVERIFY(daemon->start());
-    OpenManager manager;
-    manager.start();
-    QCOMPARE(manager.currentState(), QWixtApplicationManager::NotSetuped);
-
-    daemon->setApiKey(text("new key"));
-
-    QTRY_COMPARE(static_cast<int>(manager.currentState()), state);
-    QCOMPARE(manager.knowledge().apiKey, text("new key"));
-    QCOMPARE(daemon->callCount(text("remoteId")), 2);
-    QCOMPARE(daemon->callCount(text("apiKey")), 1); // the signal brought it
-}
-
-void TestManagerStates::onlineAndSetUpAtStart_fetchesTheList()
-{
-    CurlFake::hold();
-    QVERIFY(widgets->start());
-    QVERIFY(daemon->start());
-    OpenManager manager;
-    QSignalSpy ready(&manager, &QWixtApplicationManager::readyToWork);
-
-    manager.start();
-
-    QCOMPARE(manager.currentState(), QWixtApplicationManager::WaitForList);
-    QCOMPARE(PlatformCapture::count("QWixtApplicationManager: State changed from NotSetuped to WaitForList"),
-             1);
-    QVERIFY(manager.queue() == QList<RemoteTaskDescription>{Descr::list()});
-    QTRY_COMPARE(CurlFake::requestCount(), 1);
-    QCOMPARE(ready.count(), 0);
-}
-
 void TestManagerStates::listArrives_isReadyAndSaysSo()
 {
     CurlFake::hold();
-    QVERIFY(widgets->start());
-    QVERIFY(daemon->start());
+    QVERIFY(startDevice(*device));
     OpenManager manager;
     QSignalSpy ready(&manager, &QWixtApplicationManager::readyToWork);
     manager.start();
@@ -495,18 +265,17 @@ void TestManagerStates::listArrives_isReadyAndSaysSo()
     QVERIFY(manager.queue().isEmpty());
 }
 
-void TestManagerStates::internetLostWhileWaitingForTheList()
+void TestManagerStates::internetLostWhileWaitingForTheList_isWrittenAsIfReady()
 {
     CurlFake::hold();
-    QVERIFY(widgets->start());
-    QVERIFY(daemon->start());
+    QVERIFY(startDevice(*device));
     OpenManager manager;
     manager.start();
     QCOMPARE(manager.currentState(), QWixtApplicationManager::WaitForList);
     QTRY_COMPARE(CurlFake::requestCount(), 1); // the fetch thread has had its say
     PlatformCapture::clear();
 
-    daemon->setInternetAvailable(false);
+    device->daemon().setInternetAvailable(false);
 
     QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::NoInternet);
     QCOMPARE(managerLines(LogPriority::Debug).mid(0, 2),
@@ -516,70 +285,32 @@ void TestManagerStates::internetLostWhileWaitingForTheList()
 
 void TestManagerStates::internetRegainedAfterTheList_isReadyWithoutASignal()
 {
-    QVERIFY(widgets->start());
-    QVERIFY(daemon->start());
+    QVERIFY(startDevice(*device));
     OpenManager manager;
     QSignalSpy ready(&manager, &QWixtApplicationManager::readyToWork);
     manager.start();
     QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::Ready);
-    daemon->setInternetAvailable(false);
+    device->daemon().setInternetAvailable(false);
     QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::NoInternet);
 
-    daemon->setInternetAvailable(true);
+    device->daemon().setInternetAvailable(true);
 
     QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::Ready);
     QCOMPARE(ready.count(), 1); // the first time only
     QCOMPARE(CurlFake::requestCount(), 1);
 }
 
-void TestManagerStates::daemonRestart_readsEverythingAgain()
-{
-    QVERIFY(widgets->start());
-    QVERIFY(daemon->start());
-    OpenManager manager;
-    manager.start();
-    daemon->stop();
-    daemon->setSerial(text("s2"));
-    daemon->clearCalls();
-
-    QVERIFY(daemon->start());
-
-    QTRY_COMPARE(manager.knowledge().serial, text("s2"));
-    QCOMPARE(daemon->callCount(text("apiKey")), 1);
-    QCOMPARE(daemon->callCount(text("remoteId")), 1);
-    QCOMPARE(daemon->callCount(text("isInternetAvailable")), 1);
-}
-
-void TestManagerStates::daemonGoneWhenItsSignalComes_readsEmptyTexts()
-{
-    QVERIFY(widgets->start());
-    QVERIFY(daemon->start());
-    OpenManager manager;
-    manager.start();
-    QVERIFY(manager.knowledge().daemonStarted);
-    daemon->stop();
-
-    QMetaObject::invokeMethod(&manager, "vorletDaemonStarted");
-
-    QVERIFY(!manager.knowledge().daemonStarted);
-    QVERIFY(manager.knowledge().apiKey.isEmpty());
-    QVERIFY(manager.knowledge().serial.isEmpty());
-    QVERIFY(manager.knowledge().remoteId.isEmpty());
-    QVERIFY(!manager.knowledge().internetAvailable);
-}
-
 void TestManagerStates::widgetCreated_onlyGrowsTheList()
 {
-    QVERIFY(widgets->start());
-    QVERIFY(daemon->start());
+    QVERIFY(startDevice(*device));
     OpenManager manager;
     manager.start();
     QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::Ready);
     QTest::qWait(50); // grace time: the fetcher's last lines
     PlatformCapture::clear();
 
-    widgets->createWidget(text("u3"));
-    widgets->createWidget(text("u1")); // known already
+    device->widgetManager().createWidget(text("u3"));
+    device->widgetManager().createWidget(text("u1")); // known already
 
     QTRY_COMPARE(manager.knowledge().installedWidgets,
                  (QStringList{text("u1"), text("u2"), text("u3"), text("u1")}));
@@ -589,13 +320,12 @@ void TestManagerStates::widgetCreated_onlyGrowsTheList()
 
 void TestManagerStates::keyLostLater_hasNoEffect()
 {
-    QVERIFY(widgets->start());
-    QVERIFY(daemon->start());
+    QVERIFY(startDevice(*device));
     OpenManager manager;
     manager.start();
     QTRY_COMPARE(manager.currentState(), QWixtApplicationManager::Ready);
 
-    daemon->setApiKey(QString());
+    device->daemon().setApiKey(QString());
 
     QTRY_VERIFY(manager.knowledge().apiKey.isEmpty());
     QCOMPARE(manager.currentState(), QWixtApplicationManager::Ready);

@@ -2,20 +2,14 @@
 #include "openmanager.h"
 #include "platformcapture.h"
 #include "remotetaskwithdescription.h"
-#include "taskconnections.h"
 
 #include <QPointer>
-#include <QTimer>
 #include <QtTest>
-
-#include <malloc.h>
-#include <unistd.h>
 
 namespace
 {
 
 const QByteArray listLine = "QWixtApplicationManager: added get list task";
-const QByteArray retryLine = "QWixtApplicationManager: Task rescheduler after fail";
 
 QList<QByteArray> bodies()
 {
@@ -29,6 +23,7 @@ QList<QByteArray> bodies()
 
 } // namespace
 
+/// Requests on their way from the queue to the worker.
 class TestTaskQueue : public QObject
 {
     Q_OBJECT
@@ -37,8 +32,8 @@ private Q_SLOTS:
     void initTestCase();
     void init();
 
-    void request_data();
-    void request();
+    void request_isBuiltForItsKind_data();
+    void request_isBuiltForItsKind();
     void request_ofUnknownKind_data();
     void request_ofUnknownKind();
     void request_keepsTheKeyOfItsMoment();
@@ -54,30 +49,14 @@ private Q_SLOTS:
 
     void listRequest_waitsOutsideItsStates_data();
     void listRequest_waitsOutsideItsStates();
-    void listRequest_again_data();
-    void listRequest_again();
-    void listRequest_withoutATask();
+    void listRequest_againIsAddedOnlyWhenHeld_data();
+    void listRequest_againIsAddedOnlyWhenHeld();
+    void listRequest_withoutATaskGetsOne();
 
     void withdrawing_keepsQueueTasksAndTimers();
     void withdrawing_doesNotTakeBackWhatTheWorkerHolds();
 
-    void failure_isGivenUpOrRetried_data();
-    void failure_isGivenUpOrRetried();
-    void deleteAnswered404_countsAsDone();
-    void retryTimer_isOneOfFiveSeconds();
-    void secondFailure_restartsTheSameTimer();
-    void retry_whenReadyGoesOut();
-    void retry_whileNotReadyIsNotSent();
-    void retryDueWhileNotReady_goesOutAtTheNextReady();
-    void retry_ofTheListGoesOutAnyway();
-    void retry_whileTheWorkerHoldsTheTask();
-    void retryTimer_withoutSender();
-    void failureOfAnUnknownTask_endsInAWarning();
-    void manyFailures_areAllRetried();
-    void disposedTask_takesItsTimerWithIt();
     void replacedTask_isDisposedOf();
-    void retriedAThousandTimes_holdsAsMuch();
-    void failureBody_isPrintedInDebug();
 
 private:
     PrivateBus bus;
@@ -94,7 +73,7 @@ void TestTaskQueue::init()
     PlatformCapture::clear();
 }
 
-void TestTaskQueue::request_data()
+void TestTaskQueue::request_isBuiltForItsKind_data()
 {
     QTest::addColumn<RemoteTaskDescription>("descr");
     QTest::addColumn<QByteArray>("method");
@@ -109,7 +88,7 @@ void TestTaskQueue::request_data()
     QTest::newRow("list") << Descr::list() << QByteArray("GET") << false << QByteArray();
 }
 
-void TestTaskQueue::request()
+void TestTaskQueue::request_isBuiltForItsKind()
 {
     QFETCH(RemoteTaskDescription, descr);
     OpenManager manager;
@@ -159,12 +138,12 @@ void TestTaskQueue::request_keepsTheKeyOfItsMoment()
     manager.beReady();
     const std::unique_ptr<RemoteTaskWithDescription> task(manager.createRemoteTask(Descr::list()));
     manager.setApiKey(QString());
+    const std::unique_ptr<RemoteTaskWithDescription> later(manager.createRemoteTask(Descr::list()));
 
     task->run();
-
-    QCOMPARE(CurlFake::requests().constFirst().headers.at(1), QByteArray("Authorization: Basic OmtleQ=="));
-    const std::unique_ptr<RemoteTaskWithDescription> later(manager.createRemoteTask(Descr::list()));
     later->run();
+
+    QCOMPARE(CurlFake::requests().at(0).headers.at(1), QByteArray("Authorization: Basic OmtleQ=="));
     QCOMPARE(CurlFake::requests().at(1).headers.at(1), QByteArray("Authorization: Basic Og=="));
 }
 
@@ -233,11 +212,8 @@ void TestTaskQueue::processRequests_skipsUnknownKinds()
 
 void TestTaskQueue::processRequests_skipsWaitingRetries()
 {
-    CurlFake::setAnswer({CURLE_OK, 503, "", ""});
     OpenManager manager;
-    manager.beReady();
-    manager.registerApplication(text("u1"), text("n"), text("t"));
-    QTRY_COMPARE(manager.retryCount(), 1);
+    QVERIFY(manager.beReadyWithOneRetry());
 
     manager.processRequests();
 
@@ -301,11 +277,11 @@ void TestTaskQueue::listRequest_waitsOutsideItsStates_data()
 {
     QTest::addColumn<int>("state");
     QTest::addColumn<bool>("goesOut");
-    QTest::newRow("WaitForDaemonsToStart") << 0 << false;
-    QTest::newRow("NotSetuped") << 1 << false;
-    QTest::newRow("NoInternet") << 2 << false;
-    QTest::newRow("WaitForList") << 3 << true;
-    QTest::newRow("Ready") << 4 << true;
+    QTest::newRow("WaitForDaemonsToStart") << int(QWixtApplicationManager::WaitForDaemonsToStart) << false;
+    QTest::newRow("NotSetuped") << int(QWixtApplicationManager::NotSetuped) << false;
+    QTest::newRow("NoInternet") << int(QWixtApplicationManager::NoInternet) << false;
+    QTest::newRow("WaitForList") << int(QWixtApplicationManager::WaitForList) << true;
+    QTest::newRow("Ready") << int(QWixtApplicationManager::Ready) << true;
 }
 
 void TestTaskQueue::listRequest_waitsOutsideItsStates()
@@ -327,7 +303,7 @@ void TestTaskQueue::listRequest_waitsOutsideItsStates()
     QCOMPARE(PlatformCapture::count(listLine), goesOut ? 2 : 0);
 }
 
-void TestTaskQueue::listRequest_again_data()
+void TestTaskQueue::listRequest_againIsAddedOnlyWhenHeld_data()
 {
     QTest::addColumn<bool>("held");
     QTest::addColumn<int>("runs");
@@ -335,7 +311,7 @@ void TestTaskQueue::listRequest_again_data()
     QTest::newRow("held by the worker: added once more") << true << 2;
 }
 
-void TestTaskQueue::listRequest_again()
+void TestTaskQueue::listRequest_againIsAddedOnlyWhenHeld()
 {
     QFETCH(bool, held);
     QFETCH(int, runs);
@@ -358,7 +334,7 @@ void TestTaskQueue::listRequest_again()
     QCOMPARE(CurlFake::requestCount(), runs);
 }
 
-void TestTaskQueue::listRequest_withoutATask()
+void TestTaskQueue::listRequest_withoutATaskGetsOne()
 {
     OpenManager manager;
     manager.beReady();
@@ -407,270 +383,6 @@ void TestTaskQueue::withdrawing_doesNotTakeBackWhatTheWorkerHolds()
     QCOMPARE(manager.heldInWorker(), 1);
 }
 
-void TestTaskQueue::failure_isGivenUpOrRetried_data()
-{
-    QTest::addColumn<int>("kind");
-    QTest::addColumn<int>("code");
-    QTest::addColumn<bool>("retried");
-    for (const int kind : {1, 2, 3, 4}) {
-        QTest::addRow("kind %d, 400", kind) << kind << 400 << false;
-        QTest::addRow("kind %d, 404", kind) << kind << 404 << false;
-        for (const int code : {-2, -1, 6, 7, 28, 60, 300, 304, 401, 403, 409, 500, 503}) {
-            QTest::addRow("kind %d, %d", kind, code) << kind << code << true;
-        }
-    }
-}
-
-void TestTaskQueue::failure_isGivenUpOrRetried()
-{
-    QFETCH(int, kind);
-    QFETCH(int, code);
-    QFETCH(bool, retried);
-    RemoteTaskDescription descr = Descr::deletion("a", "u1");
-    descr.type = kind;
-    OpenManager manager;
-    manager.beReady();
-    manager.setQueue({Descr::update("x", "y"), descr, Descr::update("x", "z")});
-    const QPointer<RemoteTaskWithDescription> task = manager.createStoredTask(descr);
-    const QSignalSpy registered(&manager, &QWixtApplicationManager::applicationRegistered);
-    const QSignalSpy deleted(&manager, &QWixtApplicationManager::applicationDeleted);
-    PlatformCapture::clear();
-
-    manager.fail(descr, code);
-
-    QCOMPARE(manager.queue().contains(descr), retried);
-    QCOMPARE(manager.queue().size(), retried ? 3 : 2);
-    QCOMPARE(manager.taskOf(descr) != nullptr, retried);
-    QCOMPARE(manager.retryOf(task) != nullptr, retried);
-    QCOMPARE(registered.count(), 0);
-    QCOMPARE(deleted.count(), code == 404 && kind == 2 ? 1 : 0);
-    QCOMPARE(PlatformCapture::texts(), retried ? QList<QByteArray>{retryLine} : QList<QByteArray>());
-    QTest::qWait(1);
-    QTRY_COMPARE(task.isNull(), !retried);
-}
-
-void TestTaskQueue::deleteAnswered404_countsAsDone()
-{
-    OpenManager manager;
-    manager.beReady();
-    manager.addRemote({text("a7"), text("u1"), text("n"), text("t")});
-    QSignalSpy deleted(&manager, &QWixtApplicationManager::applicationDeleted);
-    CurlFake::setAnswer({CURLE_OK, 404, "", ""});
-
-    manager.deleteApplication(text("a7"), text("u1"), text("t"));
-
-    QVERIFY(deleted.wait(5000));
-    QCOMPARE(deleted.at(0), (QVariantList{text("u1"), text("a7"), text("t")}));
-    QVERIFY(manager.queue().isEmpty());
-    QCOMPARE(manager.taskCount(), 0);
-    QCOMPARE(manager.retryCount(), 0);
-    QCOMPARE(manager.remoteRecords(), QStringList{text("a7: a7 u1 n t")}); // the record stays on this path
-}
-
-void TestTaskQueue::retryTimer_isOneOfFiveSeconds()
-{
-    CurlFake::setAnswer({CURLE_OK, 500, "", ""});
-    OpenManager manager;
-    manager.beReady();
-
-    manager.registerApplication(text("u1"), text("n"), text("t"));
-
-    QTRY_COMPARE(manager.retryCount(), 1);
-    const QTimer *const timer = manager.onlyRetry();
-    QCOMPARE(manager.taskOfOnlyRetry(), manager.onlyTask());
-    QCOMPARE(timer->interval(), 5000);
-    QVERIFY(timer->isSingleShot());
-    QVERIFY(timer->isActive());
-    QCOMPARE(timer->parent(), &manager);
-    QCOMPARE(PlatformCapture::count(retryLine), 1);
-}
-
-void TestTaskQueue::secondFailure_restartsTheSameTimer()
-{
-    CurlFake::setAnswer({CURLE_OK, 500, "", ""});
-    OpenManager manager;
-    manager.beReady();
-    manager.registerApplication(text("u1"), text("n"), text("t"));
-    QTRY_COMPARE(manager.retryCount(), 1);
-    const QTimer *const timer = manager.onlyRetry();
-    QTest::qWait(200);
-    QVERIFY(timer->remainingTime() < 4900);
-
-    manager.fail(Descr::registration("u1", "n"), 500);
-
-    QCOMPARE(manager.retryCount(), 1);
-    QCOMPARE(manager.onlyRetry(), timer);
-    QVERIFY(timer->remainingTime() > 4900);
-    QCOMPARE(PlatformCapture::count(retryLine), 2);
-}
-
-void TestTaskQueue::retry_whenReadyGoesOut()
-{
-    CurlFake::queueAnswer({CURLE_OK, 503, "", ""});
-    CurlFake::queueAnswer({CURLE_OK, 200, R"({"app_id":"a1"})", ""});
-    OpenManager manager;
-    manager.beReady();
-    QSignalSpy registered(&manager, &QWixtApplicationManager::applicationRegistered);
-    manager.registerApplication(text("u1"), text("n"), text("t"));
-    QTRY_COMPARE(manager.retryCount(), 1);
-    const QPointer<QTimer> timer = manager.onlyRetry();
-
-    manager.retryNow();
-
-    QVERIFY(registered.wait(5000));
-    QCOMPARE(manager.retryCount(), 0);
-    QCOMPARE(CurlFake::requestCount(), 2);
-    QTRY_VERIFY(timer.isNull());
-}
-
-void TestTaskQueue::retry_whileNotReadyIsNotSent()
-{
-    CurlFake::setAnswer({CURLE_OK, 503, "", ""});
-    OpenManager manager;
-    manager.beReady();
-    manager.registerApplication(text("u1"), text("n"), text("t"));
-    QTRY_COMPARE(manager.retryCount(), 1);
-    const QPointer<QTimer> timer = manager.onlyRetry();
-    manager.loseInternet();
-    PlatformCapture::clear();
-
-    manager.retryNow();
-
-    QTRY_COMPARE(manager.retryCount(), 0);
-    QTRY_VERIFY(timer.isNull());
-    QCOMPARE(managerLines(), QList<QByteArray>{"QWixtApplicationManager: not ready to do request 0"});
-    QCOMPARE(manager.queue().size(), 1);
-    QCOMPARE(manager.taskCount(), 1);
-    QVERIFY(!manager.isRunOutstanding());
-}
-
-void TestTaskQueue::retryDueWhileNotReady_goesOutAtTheNextReady()
-{
-    CurlFake::queueAnswer({CURLE_OK, 503, "", ""});
-    OpenManager manager;
-    manager.beReady();
-    manager.registerApplication(text("u1"), text("n"), text("t"));
-    QTRY_COMPARE(manager.retryCount(), 1);
-    manager.loseInternet();
-    manager.retryNow();
-    QTRY_COMPARE(manager.retryCount(), 0);
-
-    manager.regainInternet();
-
-    QTRY_VERIFY(manager.queue().isEmpty());
-    QCOMPARE(CurlFake::requestCount(), 2);
-}
-
-void TestTaskQueue::retry_ofTheListGoesOutAnyway()
-{
-    CurlFake::setAnswer({CURLE_COULDNT_CONNECT, 0, "", ""});
-    OpenManager manager;
-    manager.beWaitingForList();
-    manager.getListOfRemoteApps();
-    QTRY_COMPARE(manager.retryCount(), 1);
-    manager.loseInternet();
-    QCOMPARE(manager.currentState(), QWixtApplicationManager::NoInternet);
-
-    manager.retryNow();
-
-    QTRY_COMPARE(CurlFake::requestCount(), 2);
-}
-
-void TestTaskQueue::retry_whileTheWorkerHoldsTheTask()
-{
-    CurlFake::setAnswer({CURLE_OK, 503, "", ""});
-    OpenManager manager;
-    manager.beReady();
-    manager.registerApplication(text("u1"), text("n"), text("t"));
-    QTRY_COMPARE(manager.retryCount(), 1);
-    const QPointer<QTimer> timer = manager.onlyRetry();
-    manager.holdInWorker(manager.onlyTask());
-    PlatformCapture::clear();
-
-    manager.retryNow();
-
-    QTRY_COMPARE(manager.retryCount(), 0);
-    QTRY_VERIFY(timer.isNull());
-    QCOMPARE(managerLines(), QList<QByteArray>{"QWixtApplicationManager: not ready to do request 1"});
-}
-
-void TestTaskQueue::retryTimer_withoutSender()
-{
-    OpenManager manager;
-    PlatformCapture::clear();
-
-    manager.delayedTaskTimeout();
-
-    QCOMPARE(PlatformCapture::texts(),
-             QList<QByteArray>{"QWixtApplicationManager: Unknown timer finished working"});
-    QCOMPARE(PlatformCapture::lines().constFirst().priority, static_cast<int>(LogPriority::Warning));
-}
-
-void TestTaskQueue::failureOfAnUnknownTask_endsInAWarning()
-{
-    OpenManager manager;
-    manager.beReady();
-    manager.fail(Descr::registration("gone"), 503);
-    manager.fail(Descr::registration("gone too"), 503);
-    QCOMPARE(manager.retryCount(), 1);
-    QCOMPARE(manager.findChildren<QTimer *>().size(), 2); // the refresh timer and one retry
-    const QPointer<QTimer> timer = manager.retryOf(nullptr);
-    QVERIFY(!timer.isNull());
-    PlatformCapture::clear();
-
-    manager.retryNow();
-
-    QTRY_VERIFY(timer.isNull());
-    QCOMPARE(manager.retryCount(), 0);
-    QCOMPARE(PlatformCapture::texts(LogPriority::Warning),
-             QList<QByteArray>{"QWixtApplicationManager: Unknown task for timer finished working"});
-}
-
-void TestTaskQueue::manyFailures_areAllRetried()
-{
-    // Each look-up of a task by its description has to find it among the others.
-    CurlFake::setAnswer({CURLE_OK, 503, "", ""});
-    OpenManager manager;
-    manager.beReady();
-    manager.addRemote({text("a1"), text("w1"), text("n"), text("t")});
-    manager.addRemote({text("a2"), text("w2"), text("n"), text("t")});
-    for (int i = 0; i < 10; ++i) {
-        manager.registerApplication(text("u") + QString::number(i), text("n") + QString::number(i % 3),
-                                    text("t"));
-    }
-    manager.updateApplication(text("a1"), text("w1"), text("new"), text("t"));
-    manager.deleteApplication(text("a2"), text("w2"), text("t"));
-    QTRY_COMPARE(manager.retryCount(), 12);
-    QVERIFY(manager.retryOf(nullptr) == nullptr);
-    CurlFake::setAnswer({CURLE_OK, 200, R"({"app_id":"x"})", ""});
-
-    manager.retryNow();
-
-    QTRY_VERIFY(manager.queue().isEmpty());
-    QCOMPARE(CurlFake::requestCount(), 24);
-    QCOMPARE(manager.taskCount(), 0);
-    QCOMPARE(manager.retryCount(), 0);
-}
-
-void TestTaskQueue::disposedTask_takesItsTimerWithIt()
-{
-    // Regression: a task that ran twice was given up while the timer of its other run still waited under it.
-    CurlFake::setAnswer({CURLE_OK, 503, "", ""});
-    OpenManager manager;
-    manager.beReady();
-    manager.registerApplication(text("u1"), text("n"), text("t"));
-    QTRY_COMPARE(manager.retryCount(), 1);
-    const QPointer<QTimer> timer = manager.onlyRetry();
-    const QPointer<RemoteTaskWithDescription> task = manager.onlyTask();
-
-    manager.fail(Descr::registration("u1", "n"), 400);
-
-    QCOMPARE(manager.retryCount(), 0);
-    QVERIFY(!timer->isActive());
-    QTRY_VERIFY(timer.isNull());
-    QTRY_VERIFY(task.isNull());
-}
-
 void TestTaskQueue::replacedTask_isDisposedOf()
 {
     CurlFake::hold();
@@ -694,69 +406,5 @@ void TestTaskQueue::replacedTask_isDisposedOf()
     QTRY_VERIFY(second.isNull());
 }
 
-void TestTaskQueue::retriedAThousandTimes_holdsAsMuch()
-{
-    CurlFake::setAnswer({CURLE_OK, 503, "busy", ""});
-    OpenManager manager;
-    manager.beReady();
-    manager.registerApplication(text("u1"), text("n"), text("t"));
-    QTRY_COMPARE(manager.retryCount(), 1);
-    RemoteTaskWithDescription *const task = manager.onlyTask();
-    const int connections = connectionsOf(task);
-    QCOMPARE(connections, 7);
-
-    std::size_t heldEarly = 0;
-    for (int i = 1; i <= 1000; ++i) {
-        CurlFake::reset();
-        CurlFake::setAnswer({CURLE_OK, 503, "busy", ""});
-        PlatformCapture::clear();
-        QTimer *const timer = manager.retryOf(task);
-        QSignalSpy due(timer, &QTimer::timeout);
-        manager.retryNow();
-        QVERIFY(due.wait(5000));
-        while (manager.retryCount() == 0) {
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        }
-        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-        QCOMPARE(CurlFake::requestCount(), 1);
-        QCOMPARE(connectionsOf(task), connections);
-        if (i == 100) {
-            heldEarly = mallinfo2().uordblks;
-        }
-    }
-
-    const std::size_t heldLate = mallinfo2().uordblks;
-    QVERIFY2(heldLate < heldEarly + 8 * 1024,
-             qPrintable(QStringLiteral("%1 bytes more").arg(heldLate - heldEarly)));
-    QCOMPARE(manager.queue().size(), 1);
-    QCOMPARE(manager.onlyTask(), task);
-    QCOMPARE(manager.findChildren<QTimer *>().size(), 2); // the refresh timer and one retry
-}
-
-void TestTaskQueue::failureBody_isPrintedInDebug()
-{
-    OpenManager manager;
-    manager.beReady();
-    const MessageCapture messages;
-
-    manager.fail(Descr::registration("u1"), 400, "no such device");
-
-    QCOMPARE(messages.debugTexts(), QStringList{text("400 \"no such device\"")});
-}
-
-int main(int argc, char *argv[])
-{
-    // The allocator keeps freed blocks for each thread and counts them as held. How many depends on how the
-    // two threads meet, and on a busy machine that was more than a test of what is held can allow for.
-    const char name[] = "GLIBC_TUNABLES";
-    if (qEnvironmentVariableIsEmpty(name)) {
-        qputenv(name, "glibc.malloc.tcache_count=0");
-        execv("/proc/self/exe", argv);
-        qFatal("cannot start again with %s", name);
-    }
-    QCoreApplication application(argc, argv);
-    TestTaskQueue test;
-    return QTest::qExec(&test, argc, argv);
-}
-
+QTEST_GUILESS_MAIN(TestTaskQueue)
 #include "tst_taskqueue.moc"
