@@ -1,6 +1,6 @@
 #include "awkwardvalues.h"
 
-#include "blankvalues.h"
+#include "emptyvalues.h"
 
 #include <QBitArray>
 #include <QCborArray>
@@ -285,7 +285,7 @@ std::vector<AwkwardValue> awkwardValues(const QVariantMap &received)
                     {"own structure with a variant", of(Loose{1}), ""},
                     {"own structure with nothing", of(Loose{QVariant()}), ""},
                 });
-    add(values, blankValues());
+    add(values, emptyValues());
     return values;
 }
 

@@ -8,7 +8,7 @@
 
 class QDBusArgument;
 
-/// A value that a program may put into a map, and what of it reaches the service, as described() tells it;
+/// A value that a program may put into a map, and what of it reaches the service, in the words of described();
 /// empty when it is left out.
 struct AwkwardValue {
     const char *name;

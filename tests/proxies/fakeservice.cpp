@@ -87,6 +87,13 @@ FakeService::FakeService(const QString &busAddress, const QStringList &names)
     }
 }
 
+FakeService::FakeService(const QString &busAddress)
+    : FakeService(busAddress, {QStringLiteral("vorlet.daemon"), QStringLiteral("widget.manager"),
+                               QStringLiteral("vorlet.mqtt.client"), QStringLiteral("com.btnotifications"),
+                               QStringLiteral("spotify.server")})
+{
+}
+
 FakeService::~FakeService()
 {
     thread.quit();

@@ -21,12 +21,14 @@ struct RecordedCall {
 };
 
 /// Owns any number of services on a bus, with an object behind every path, records every call that arrives
-/// there (introspection too) and answers as told. It works on a thread of its own, so that a blocking
-/// caller in the same program can be answered. Its functions are for the thread that made it.
+/// there (introspection too) and answers as it is asked to. It works on a thread of its own, so that a
+/// blocking caller in the same program can be answered. Its functions are for the thread that made it.
 class FakeService
 {
 public:
     FakeService(const QString &busAddress, const QStringList &names);
+    /// With the names of all services of the device.
+    explicit FakeService(const QString &busAddress);
     ~FakeService();
     Q_DISABLE_COPY(FakeService)
 

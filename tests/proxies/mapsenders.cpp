@@ -16,7 +16,7 @@ const QString id = QStringLiteral("id");
 const QString mode = QStringLiteral("mode");
 constexpr QDBus::CallMode wait = QDBus::Block;
 
-// Makes the call through @p proxy and tells how it ended.
+// Makes the call through @p proxy and reports how it ended.
 template <typename Proxy, typename Call>
 auto sending(const std::shared_ptr<Proxy> &proxy, Call call)
 {

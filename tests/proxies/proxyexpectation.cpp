@@ -1,14 +1,11 @@
 #include "proxyexpectation.h"
 
+#include "described.h"
+
 #include <QDBusObjectPath>
 
 namespace
 {
-
-QVariant list(const QVariantList &values)
-{
-    return QVariant(values);
-}
 
 QVariantMap emptyDeviceState()
 {

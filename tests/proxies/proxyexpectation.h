@@ -13,7 +13,7 @@ struct Expectation {
     std::string result;
     QVariant goodReply;
     QVariant good;
-    /// What comes back for an error, for a reply without arguments and, for JSON, for text that is none.
+    /// What comes back for an error, for a reply without arguments and, for JSON, for text that is no JSON.
     QVariant empty;
     /// What QVariant's conversion makes of the number 42 and of an array in place of the expected type.
     QVariant fromNumber;

@@ -173,7 +173,7 @@ void TestProxyInstall::buildAndRunConsumer(const QString &installed)
 
 void TestProxyInstall::consumerFoundByCMake_speaksToItsServices()
 {
-    buildAndRunConsumer(prefix);
+    buildAndRunConsumer(prefix); // asserts by itself
 }
 
 void TestProxyInstall::consumerFoundByPkgConfig_speaksToItsServices()

@@ -1,15 +1,14 @@
 #include "daemon/generalproxy.h"
-#include "daemon/networkproxy.h"
 #include "fakeservice.h"
 #include "privatebus.h"
 #include "proxytable.h"
-#include "windowmanager/generalproxy.h"
 
 #include <QDBusArgument>
 #include <QDBusConnection>
 #include <QDBusMetaType>
 #include <QtTest>
 
+#include <algorithm>
 #include <memory>
 
 namespace
@@ -80,7 +79,8 @@ private Q_SLOTS:
 
     void signal_arrivesUntilDisconnected_data();
     void signal_arrivesUntilDisconnected();
-    void managersSlots_fitTheSignals();
+    void managersSlot_fitsTheSignal_data();
+    void managersSlot_fitsTheSignal();
     void otherObjectsSignal_isNotDelivered();
     void nullReceiver_isRefused();
     void receiverThatIsDestroyed_leavesNoRule();
@@ -88,6 +88,8 @@ private Q_SLOTS:
 private:
     bool emitSignal(const char *name, const QDBusInterface &proxy, const QVariantList &arguments);
     QStringList rules();
+    const ProxyTable &tableOf(const QString &className) const;
+    static const Subscription &subscriptionOf(const ProxyTable &table, const QByteArray &signal);
 
     PrivateBus bus;
     std::unique_ptr<FakeService> fake;
@@ -98,10 +100,7 @@ void TestProxySignals::initTestCase()
 {
     qDBusRegisterMetaType<MatchRules>();
     QVERIFY(bus.start());
-    fake = std::make_unique<FakeService>(
-        bus.address(), QStringList{QStringLiteral("vorlet.daemon"), QStringLiteral("widget.manager"),
-                                   QStringLiteral("vorlet.mqtt.client"),
-                                   QStringLiteral("com.btnotifications"), QStringLiteral("spotify.server")});
+    fake = std::make_unique<FakeService>(bus.address());
     QVERIFY(fake->isRunning());
     tables = everyProxyTable(QDBusConnection::connectToBus(bus.address(), QLatin1String(connectionName)));
 }
@@ -129,6 +128,19 @@ QStringList TestProxySignals::rules()
     QStringList found = qdbus_cast<MatchRules>(reply.arguments().value(0)).value(connection.baseService());
     found.sort();
     return found;
+}
+
+const ProxyTable &TestProxySignals::tableOf(const QString &className) const
+{
+    return *std::find_if(tables.begin(), tables.end(), [&className](const ProxyTable &each) {
+        return className == QLatin1String(each.className);
+    });
+}
+
+const Subscription &TestProxySignals::subscriptionOf(const ProxyTable &table, const QByteArray &signal)
+{
+    return *std::find_if(table.subscriptions.begin(), table.subscriptions.end(),
+                         [&signal](const Subscription &each) { return signal == each.signal; });
 }
 
 void TestProxySignals::signal_arrivesUntilDisconnected_data()
@@ -161,13 +173,13 @@ void TestProxySignals::signal_arrivesUntilDisconnected()
     QVERIFY(receiver.waitForOne());
     QCOMPARE(receiver.received.size(), 1);
     QCOMPARE(receiver.received.first(), subscription.arguments);
-
     QVERIFY(subscription.disconnect(&receiver, slot));
     QCOMPARE(rules(), before);
     // The witness hears what the receiver must not hear any more.
     QVERIFY(subscription.connect(&witness, slot));
     QVERIFY(emitSignal(subscription.signal, *table.proxy, subscription.arguments));
     QVERIFY(witness.waitForOne());
+
     QCOMPARE(witness.received.size(), 1);
     QCOMPARE(receiver.received.size(), 1);
     QVERIFY(subscription.disconnect(&witness, slot));
@@ -175,41 +187,46 @@ void TestProxySignals::signal_arrivesUntilDisconnected()
     QCOMPARE(rules(), before);
 }
 
-void TestProxySignals::managersSlots_fitTheSignals()
+void TestProxySignals::managersSlot_fitsTheSignal_data()
 {
-    const QDBusConnection connection{QLatin1String(connectionName)};
-    Daemon::GeneralProxy general(nullptr, connection);
-    Daemon::NetworkProxy network(nullptr, connection);
-    WindowManager::GeneralProxy windows(nullptr, connection);
-    const QString package = QStringLiteral("com.example.clock");
-    const QString widget = QStringLiteral("{1b4e28ba}");
-    Receiver receiver;
-    QVERIFY(general.connectDaemonDidStart(&receiver, SLOT(nothing())));
-    QVERIFY(general.connectApiKeyDidSet(&receiver, SLOT(text(QString))));
-    QVERIFY(network.connectInternetAvailabilityChanged(&receiver, SLOT(flag(bool))));
-    QVERIFY(windows.connectWindowServerDidStarted(&receiver, SLOT(nothing())));
-    QVERIFY(windows.connectWidgetDeleted(&receiver, SLOT(texts(QString, QString))));
-    QVERIFY(windows.connectNewWidgetCreated(&receiver, SLOT(texts(QString, QString))));
+    const QVariantList packageAndWidget = {QStringLiteral("com.example.clock"), QStringLiteral("{1b4e28ba}")};
+    QTest::addColumn<QString>("className");
+    QTest::addColumn<QByteArray>("signal");
+    QTest::addColumn<QByteArray>("slot");
+    QTest::addColumn<QVariantList>("arguments");
+    const auto daemon = QStringLiteral("Daemon::GeneralProxy");
+    const auto windows = QStringLiteral("WindowManager::GeneralProxy");
+    const QByteArray nothing = SLOT(nothing());
+    const QByteArray texts = SLOT(texts(QString, QString));
+    QTest::newRow("daemonDidStart") << daemon << QByteArray("daemonDidStart") << nothing << QVariantList();
+    QTest::newRow("apiKeyDidSet") << daemon << QByteArray("apiKeyDidSet") << QByteArray(SLOT(text(QString)))
+                                  << QVariantList{QStringLiteral("key")};
+    QTest::newRow("internetAvailabilityChanged")
+        << QStringLiteral("Daemon::NetworkProxy") << QByteArray("internetAvailabilityChanged")
+        << QByteArray(SLOT(flag(bool))) << QVariantList{true};
+    QTest::newRow("windowServerDidStarted")
+        << windows << QByteArray("windowServerDidStarted") << nothing << QVariantList();
+    QTest::newRow("widgetDeleted") << windows << QByteArray("widgetDeleted") << texts << packageAndWidget;
+    QTest::newRow("newWidgetCreated")
+        << windows << QByteArray("newWidgetCreated") << texts << packageAndWidget;
+}
 
-    const struct {
-        const char *name;
-        const QDBusInterface &proxy;
-        QVariantList arguments;
-    } emissions[] = {
-        {"daemonDidStart", general, {}},
-        {"apiKeyDidSet", general, {QStringLiteral("key")}},
-        {"internetAvailabilityChanged", network, {true}},
-        {"windowServerDidStarted", windows, {}},
-        {"widgetDeleted", windows, {package, widget}},
-        {"newWidgetCreated", windows, {package, widget}},
-    };
-    for (const auto &emission : emissions) {
-        receiver.received.clear();
-        QVERIFY(emitSignal(emission.name, emission.proxy, emission.arguments));
-        QVERIFY(receiver.waitForOne());
-        QCOMPARE(receiver.received.size(), 1);
-        QCOMPARE(receiver.received.first(), emission.arguments);
-    }
+void TestProxySignals::managersSlot_fitsTheSignal()
+{
+    QFETCH(QString, className);
+    QFETCH(QByteArray, signal);
+    QFETCH(QByteArray, slot);
+    QFETCH(QVariantList, arguments);
+    const ProxyTable &table = tableOf(className);
+    const Subscription &subscription = subscriptionOf(table, signal);
+    Receiver receiver;
+    QVERIFY(subscription.connect(&receiver, slot.constData()));
+
+    QVERIFY(emitSignal(signal.constData(), *table.proxy, arguments));
+
+    QVERIFY(receiver.waitForOne());
+    QCOMPARE(receiver.received, QList<QVariantList>{arguments});
+    QVERIFY(subscription.disconnect(&receiver, slot.constData()));
 }
 
 void TestProxySignals::otherObjectsSignal_isNotDelivered()
@@ -220,15 +237,16 @@ void TestProxySignals::otherObjectsSignal_isNotDelivered()
     const QString name = QStringLiteral("nameChanged");
     Receiver receiver;
     QVERIFY(general.connectNameChanged(&receiver, SLOT(text(QString))));
-
-    // Another path, another interface, another service; then the right one, behind them.
     const QVariantList wrong{QStringLiteral("wrong")};
+
+    // Another service, another path, another interface; then the right one, behind them.
     QVERIFY(
         fake->sendSignal(QStringLiteral("widget.manager"), general.path(), general.interface(), name, wrong));
     QVERIFY(fake->sendSignal(service, QStringLiteral("/"), general.interface(), name, wrong));
     QVERIFY(
         fake->sendSignal(service, general.path(), QStringLiteral("com.vorlet.daemon.network"), name, wrong));
     QVERIFY(fake->sendSignal(service, general.path(), general.interface(), name, {QStringLiteral("right")}));
+
     QVERIFY(receiver.waitForOne());
     QCOMPARE(receiver.received, QList<QVariantList>{{QStringLiteral("right")}});
 }
@@ -236,19 +254,24 @@ void TestProxySignals::otherObjectsSignal_isNotDelivered()
 void TestProxySignals::nullReceiver_isRefused()
 {
     Daemon::GeneralProxy general(nullptr, QDBusConnection{QLatin1String(connectionName)});
-    QVERIFY(!general.connectNameChanged(nullptr, SLOT(text(QString))));
-    QVERIFY(!general.disconnectNameChanged(nullptr, SLOT(text(QString))));
+
+    const bool isConnected = general.connectNameChanged(nullptr, SLOT(text(QString)));
+    const bool isDisconnected = general.disconnectNameChanged(nullptr, SLOT(text(QString)));
+
+    QVERIFY(!isConnected);
+    QVERIFY(!isDisconnected);
 }
 
 void TestProxySignals::receiverThatIsDestroyed_leavesNoRule()
 {
     Daemon::GeneralProxy general(nullptr, QDBusConnection{QLatin1String(connectionName)});
     const QStringList before = rules();
-    {
-        Receiver receiver;
-        QVERIFY(general.connectNameChanged(&receiver, SLOT(text(QString))));
-        QVERIFY(rules() != before);
-    }
+    auto receiver = std::make_unique<Receiver>();
+    QVERIFY(general.connectNameChanged(receiver.get(), SLOT(text(QString))));
+    QVERIFY(rules() != before);
+
+    receiver.reset();
+
     QTRY_COMPARE(rules(), before);
 }
 

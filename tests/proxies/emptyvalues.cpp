@@ -1,4 +1,4 @@
-#include "blankvalues.h"
+#include "emptyvalues.h"
 
 #include <QDBusArgument>
 #include <QDBusMetaType>
@@ -58,7 +58,7 @@ QVariant written(const T &value)
 
 Q_DECLARE_METATYPE(Placed)
 
-std::vector<AwkwardValue> blankValues()
+std::vector<AwkwardValue> emptyValues()
 {
     qDBusRegisterMetaType<Placed>();
     qDBusRegisterMetaType<QList<Placed>>();

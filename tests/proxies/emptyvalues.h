@@ -4,4 +4,4 @@
 
 /// Values of types that D-Bus knows, in which a path, a signature or a descriptor lies that may be empty or
 /// closed.
-std::vector<AwkwardValue> blankValues();
+std::vector<AwkwardValue> emptyValues();
