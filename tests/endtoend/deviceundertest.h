@@ -27,6 +27,24 @@ inline QString operator""_text(const char *utf8, std::size_t size)
 #define EVENTUALLY_EQUAL(actual, expected)                                                                   \
     QTRY_COMPARE_WITH_TIMEOUT(actual, expected, DeviceUnderTest::patienceMs)
 
+/// What announced() begins with once the daemon has its list.
+inline const QString started = "daemonDidStarted()"_text;
+
+/// An application at the server, of the device and of the type "t".
+inline ServerApplication listedApplication(const QString &appId, const QString &uuid,
+                                           const QString &name = "Clock"_text)
+{
+    return {"d9"_text, appId, uuid, name, "t"_text};
+}
+
+/// The pause before a retry is 5 s; a busy machine may add to it.
+inline bool isRetryPause(qint64 milliseconds)
+{
+    return milliseconds >= 4900 && milliseconds <= 6500;
+}
+/// Grace time for "is not sent again": longer than that pause.
+constexpr int retryGraceMs = 6500;
+
 /// A space and libcurl's words for a transfer that failed with @p code; they differ from version to version.
 QByteArray curlsWords(CURLcode code);
 

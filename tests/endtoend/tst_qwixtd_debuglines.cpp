@@ -189,7 +189,7 @@ void TestDebugLines::requests_areWrittenWithTheirTrailingSpace()
 void TestDebugLines::duplicates_areWritten()
 {
     DeviceUnderTest device(DeviceUnderTest::WithDebugLines);
-    device.server().addApplication({"d9"_text, "a1"_text, "u1"_text, "Clock"_text, "t"_text});
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     QVERIFY(device.startAll());
     device.server().failNext(1, ServerFault::withDelay(60000));
     const auto before = managerLines(device).size();
@@ -211,8 +211,8 @@ void TestDebugLines::duplicates_areWritten()
 void TestDebugLines::listAndItsCleaning_areWritten()
 {
     DeviceUnderTest device(DeviceUnderTest::WithDebugLines);
-    device.server().addApplication({"d9"_text, "a1"_text, "gone"_text, "Clock"_text, "t"_text});
-    device.server().addApplication({"d9"_text, "a2"_text, "u1"_text, "Clock"_text, "t"_text});
+    device.server().addApplication(listedApplication("a1"_text, "gone"_text));
+    device.server().addApplication(listedApplication("a2"_text, "u1"_text));
 
     QVERIFY(device.startAll());
 

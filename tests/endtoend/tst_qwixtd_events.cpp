@@ -19,13 +19,6 @@ private Q_SLOTS:
 
 namespace
 {
-const auto started = "daemonDidStarted()"_text;
-
-ServerApplication application(const QString &appId, const QString &identifier)
-{
-    return {"d9"_text, appId, identifier, "Name"_text, "t"_text};
-}
-
 QByteArray authorization(const QByteArray &key)
 {
     return "Basic " + (":" + key).toBase64();
@@ -68,7 +61,7 @@ void TestEvents::internetLostAndBackBeforeTheListArrived_isAnnouncedOnce()
 void TestEvents::listArrivesOffline_readinessIsNeverAnnounced()
 {
     DeviceUnderTest device;
-    device.server().addApplication(application("a1"_text, "gone"_text));
+    device.server().addApplication(listedApplication("a1"_text, "gone"_text));
     device.server().failNext(1, ServerFault::withDelay(60000));
     QVERIFY(device.startServices() && device.startProgram());
     EVENTUALLY_EQUAL(device.server().requestCount(), 1);
@@ -77,7 +70,7 @@ void TestEvents::listArrivesOffline_readinessIsNeverAnnounced()
     device.server().clearFaults();
     // The list has been read when the daemon knows the application that is on it.
     const auto isKnown = [&device] {
-        return device.updateApplication("a1"_text, "gone"_text, "Name"_text, "t"_text) &&
+        return device.updateApplication("a1"_text, "gone"_text, "Clock"_text, "t"_text) &&
                device.hasLine("I/QWIXTD: QWixtApplicationManager: application is not changed");
     };
     EVENTUALLY(isKnown());
@@ -132,8 +125,8 @@ void TestEvents::remoteIdChangesWithTheKey_nextRegistrationCarriesIt()
 void TestEvents::widgetCreatedBeforeTheList_keepsItsApplication()
 {
     DeviceUnderTest device;
-    device.server().addApplication(application("a1"_text, "fresh"_text));
-    device.server().addApplication(application("a2"_text, "gone"_text));
+    device.server().addApplication(listedApplication("a1"_text, "fresh"_text));
+    device.server().addApplication(listedApplication("a2"_text, "gone"_text));
     device.daemon().setInternetAvailable(false);
     QVERIFY(device.startServices() && device.startProgram());
 
@@ -147,8 +140,8 @@ void TestEvents::widgetCreatedBeforeTheList_keepsItsApplication()
 void TestEvents::widgetListIsReadAgain_whenTheWidgetManagerStarts()
 {
     DeviceUnderTest device;
-    device.server().addApplication(application("a1"_text, "u1"_text));
-    device.server().addApplication(application("a2"_text, "u4"_text));
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
+    device.server().addApplication(listedApplication("a2"_text, "u4"_text));
     device.daemon().setInternetAvailable(false);
     QVERIFY(device.startServices() && device.startProgram());
 
@@ -164,8 +157,8 @@ void TestEvents::widgetListIsReadAgain_whenTheWidgetManagerStarts()
 void TestEvents::widgetManagerFailsLater_oldListStays()
 {
     DeviceUnderTest device;
-    device.server().addApplication(application("a1"_text, "u1"_text));
-    device.server().addApplication(application("a2"_text, "u4"_text));
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
+    device.server().addApplication(listedApplication("a2"_text, "u4"_text));
     device.daemon().setInternetAvailable(false);
     QVERIFY(device.startServices() && device.startProgram());
 

@@ -35,7 +35,7 @@ void failInEveryWay(DeveloperServer &server, int rounds)
     }
 }
 
-// One request of each kind, and what tells that all three were done.
+// One request of each kind, and what shows that all three were done.
 bool requestAll(DeviceUnderTest &device, int number, QSet<QString> &expected)
 {
     const QString text = QString::number(number);
@@ -73,8 +73,8 @@ void addApplications(DeveloperServer &server)
 {
     for (int i = 0; i < ofEachKind; ++i) {
         const QString number = QString::number(i);
-        server.addApplication({"d9"_text, "delete-"_text + number, "u1"_text, "Name"_text, "t"_text});
-        server.addApplication({"d9"_text, "update-"_text + number, "u2"_text, "Name"_text, "t"_text});
+        server.addApplication(listedApplication("delete-"_text + number, "u1"_text, "Name"_text));
+        server.addApplication(listedApplication("update-"_text + number, "u2"_text, "Name"_text));
     }
 }
 } // namespace
@@ -99,7 +99,7 @@ void TestFlapping::internetFlapsUnderASlowFailingServer_nothingIsLost()
     QCOMPARE(expected.size(), 3 * ofEachKind);
     EVENTUALLY_EQUAL(done(device), expected);
     QCOMPARE(device.server().maximumConcurrent(), 1);
-    QCOMPARE(device.announced().count("daemonDidStarted()"_text), 1);
+    QCOMPARE(device.announced().count(started), 1);
 }
 
 void TestFlapping::internetFlapsFromTheStart_nothingIsLost()

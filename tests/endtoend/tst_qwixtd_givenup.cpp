@@ -10,17 +10,10 @@ private Q_SLOTS:
     void listRefusedForGood_isNotFetchedAgain();
 };
 
-namespace
-{
-const auto started = "daemonDidStarted()"_text;
-// Longer than the delay of a retry.
-constexpr int graceMs = 6500;
-} // namespace
-
 void TestGivenUp::refusedForGood_isNotSentAgain()
 {
     DeviceUnderTest device;
-    device.server().addApplication({"d9"_text, "a1"_text, "u1"_text, "Clock"_text, "t"_text});
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     QVERIFY(device.startAll());
     device.server().setScript([](const HttpRequest &request) -> std::optional<HttpAnswer> {
         // The name or the id says what it wants to be answered with.
@@ -42,7 +35,7 @@ void TestGivenUp::refusedForGood_isNotSentAgain()
     QVERIFY(device.deleteApplication("answer-400"_text, "u2"_text, "t"_text));
     QVERIFY(device.deleteApplication("answer-404"_text, "u2"_text, "t"_text));
     EVENTUALLY_EQUAL(device.server().requestCount(), 7);
-    QTest::qWait(graceMs);
+    QTest::qWait(retryGraceMs);
 
     // A deletion of what the server does not know is done; nothing is said of the others.
     QCOMPARE(device.announced(), QStringList({started, "applicationDeleted(u2, answer-404, t)"_text}));
@@ -63,7 +56,7 @@ void TestGivenUp::listRefusedForGood_isNotFetchedAgain()
 
     QVERIFY(device.startServices() && device.startProgram());
     EVENTUALLY_EQUAL(device.lines('W').size(), 1);
-    QTest::qWait(graceMs);
+    QTest::qWait(retryGraceMs);
     QCOMPARE(device.requested(), QStringList("GET"_text));
     QCOMPARE(device.announced(), QStringList());
 

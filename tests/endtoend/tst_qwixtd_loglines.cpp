@@ -23,7 +23,7 @@ private Q_SLOTS:
 
 namespace
 {
-const ServerApplication listed = {"d9"_text, "a1"_text, "u1"_text, "Clock"_text, "t"_text};
+const ServerApplication listed = listedApplication("a1"_text, "u1"_text);
 
 QByteArray urlOf(DeviceUnderTest &device)
 {

@@ -18,10 +18,6 @@ private Q_SLOTS:
 
 namespace
 {
-const auto started = "daemonDidStarted()"_text;
-// Longer than the delay of a retry.
-constexpr int graceMs = 6500;
-
 // How many different connections the requests came by.
 int connectionCount(const QList<HttpRequest> &requests)
 {
@@ -36,7 +32,7 @@ int connectionCount(const QList<HttpRequest> &requests)
 void TestOffline::queuedOffline_leavesInOrderOneAtATime()
 {
     DeviceUnderTest device;
-    device.server().addApplication({"d9"_text, "a1"_text, "u1"_text, "Clock"_text, "t"_text});
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     QVERIFY(device.startAll());
     QVERIFY(device.setInternetAvailable(false));
     QStringList expected;
@@ -53,7 +49,7 @@ void TestOffline::queuedOffline_leavesInOrderOneAtATime()
     QVERIFY(device.registerApplication("w00"_text, "Name"_text, "t"_text));
     expected.append("POST id=d9&identifier=w00&name=Name&type=t"_text);
 
-    // The key tells whether a request was built after the loss or before.
+    // The key shows whether a request was built after the loss or before.
     QVERIFY(device.setApiKey("last-key"_text));
     QVERIFY(device.setInternetAvailable(true));
 
@@ -120,7 +116,7 @@ void TestOffline::retryDueOffline_goesOutWithTheInternet()
 
     QVERIFY(device.setInternetAvailable(false));
     QVERIFY(device.registerApplication("u3"_text, "Mail"_text, "t"_text));
-    QTest::qWait(graceMs);
+    QTest::qWait(retryGraceMs);
     QCOMPARE(device.server().requestCount(), 3);
     QVERIFY(device.setInternetAvailable(true));
 
@@ -145,7 +141,7 @@ void TestOffline::retryNotYetDue_waitsItsTimeThroughALoss()
     const QList<HttpRequest> requests = device.server().requests();
     QCOMPARE(requests.size(), 3);
     const qint64 pauseMs = requests.at(2).receivedAtMs - requests.at(1).answeredAtMs;
-    QVERIFY2(pauseMs >= 4900 && pauseMs <= 6500, QByteArray::number(pauseMs).constData());
+    QVERIFY2(isRetryPause(pauseMs), QByteArray::number(pauseMs).constData());
 }
 
 void TestOffline::listRetryOffline_isSentAllTheSame()

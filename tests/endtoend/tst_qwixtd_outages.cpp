@@ -47,8 +47,7 @@ qint64 timeOfRegistration(DeviceUnderTest &device, const QString &uuid)
 void addApplications(DeveloperServer &server, int count)
 {
     for (int i = 1; i <= count; ++i) {
-        server.addApplication(
-            {"d9"_text, QStringLiteral("app-x%1").arg(i), "u2"_text, "Name"_text, "t"_text});
+        server.addApplication(listedApplication(QStringLiteral("app-x%1").arg(i), "u2"_text, "Name"_text));
     }
 }
 
@@ -134,7 +133,7 @@ void TestOutages::deletionAskedAgain_bothAreDone()
     // Regression: the second deletion's end took the first one's retry away, which then stayed in the queue
     // until the next return of the internet and was announced about a widget that had been registered anew.
     DeviceUnderTest device;
-    device.server().addApplication({"d9"_text, "app-x"_text, "u1"_text, "Name"_text, "t"_text});
+    device.server().addApplication(listedApplication("app-x"_text, "u1"_text, "Name"_text));
     QVERIFY(device.startAll());
     device.server().clearRequests();
     device.server().failNext(1, ServerFault::withStatus(503));

@@ -53,7 +53,7 @@ void failAtRandom(DeveloperServer &server, QRandomGenerator &random, int answers
 /// What was asked: the requests that must reach the server, and what must be announced.
 struct Asked {
     QStringList requests;
-    QStringList announcements = {"daemonDidStarted()"_text};
+    QStringList announcements = {started};
 };
 
 bool ask(DeviceUnderTest &device, int number, Asked &asked)
@@ -110,8 +110,8 @@ void TestRandomNetwork::everythingAsked_isDoneOnce()
     DeviceUnderTest device;
     for (int i = 0; i < asksPerSecond * seconds; ++i) {
         const QString id = QString::number(i);
-        device.server().addApplication({"d9"_text, "kept-"_text + id, "u2"_text, "Name"_text, "t"_text});
-        device.server().addApplication({"d9"_text, "gone-"_text + id, "u1"_text, "Name"_text, "t"_text});
+        device.server().addApplication(listedApplication("kept-"_text + id, "u2"_text, "Name"_text));
+        device.server().addApplication(listedApplication("gone-"_text + id, "u1"_text, "Name"_text));
     }
     QVERIFY(device.startAll());
     failAtRandom(device.server(), random, 10 * asksPerSecond * seconds);

@@ -29,13 +29,6 @@ private Q_SLOTS:
 
 namespace
 {
-const auto started = "daemonDidStarted()"_text;
-
-ServerApplication application(const QString &appId, const QString &identifier)
-{
-    return {"d9"_text, appId, identifier, "Clock"_text, "t"_text};
-}
-
 // The registration that follows what must send nothing: once it is at the server, nothing came before it.
 constexpr auto nextRequest = "POST id=d9&identifier=next&name=&type=";
 
@@ -113,7 +106,7 @@ void TestRecords::registered_isKnownAfterwards()
 void TestRecords::updateWithEqualValues_sendsNothing()
 {
     DeviceUnderTest device;
-    device.server().addApplication(application("a1"_text, "u1"_text));
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     QVERIFY(device.startAll());
 
     QVERIFY(device.updateApplication("a1"_text, "u1"_text, "Clock"_text, "t"_text));
@@ -156,7 +149,7 @@ void TestRecords::updateOfOneValue_isSent()
     QFETCH(QString, type);
     QFETCH(QString, request);
     DeviceUnderTest device;
-    device.server().addApplication(application("a1"_text, "u1"_text));
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     QVERIFY(device.startAll());
 
     QVERIFY(device.updateApplication("a1"_text, uuid, name, type));
@@ -169,7 +162,7 @@ void TestRecords::updateOfOneValue_isSent()
 void TestRecords::sameUpdateAgain_sendsNothing()
 {
     DeviceUnderTest device;
-    device.server().addApplication(application("a1"_text, "u1"_text));
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     QVERIFY(device.startAll());
     QVERIFY(device.updateApplication("a1"_text, "u1"_text, "Watch"_text, "t"_text));
     EVENTUALLY(device.hasLine("I/QWIXTD: QWixtApplicationManager: Application updated"));
@@ -185,7 +178,7 @@ void TestRecords::sameUpdateAgain_sendsNothing()
 void TestRecords::sameUpdateWhilePending_isSentOnce()
 {
     DeviceUnderTest device;
-    device.server().addApplication(application("a1"_text, "u1"_text));
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     QVERIFY(device.startAll());
     device.server().failNext(1, ServerFault::withDelay(60000));
 
@@ -204,7 +197,7 @@ void TestRecords::sameUpdateWhilePending_isSentOnce()
 void TestRecords::typeUpdated_recordKeepsItsType()
 {
     DeviceUnderTest device;
-    device.server().addApplication(application("a1"_text, "u1"_text));
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     QVERIFY(device.startAll());
     QVERIFY(device.updateApplication("a1"_text, "u1"_text, "Clock"_text, "other"_text));
     EVENTUALLY(device.hasLine("I/QWIXTD: QWixtApplicationManager: Application updated"));
@@ -224,7 +217,7 @@ void TestRecords::typeUpdated_recordKeepsItsType()
 void TestRecords::updateOfAnUnlistedApplication_registersIt()
 {
     DeviceUnderTest device;
-    device.server().addApplication(application("a1"_text, "u1"_text));
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     QVERIFY(device.startAll());
 
     QVERIFY(device.updateApplication("a99"_text, "u2"_text, "Radio"_text, "t"_text));
@@ -237,7 +230,7 @@ void TestRecords::updateOfAnUnlistedApplication_registersIt()
 void TestRecords::deleted_isUnknownAfterwards()
 {
     DeviceUnderTest device;
-    device.server().addApplication(application("a1"_text, "u1"_text));
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     QVERIFY(device.startAll());
     QVERIFY(device.deleteApplication("a1"_text, "u1"_text, "t"_text));
     EVENTUALLY_EQUAL(device.announced(), QStringList({started, "applicationDeleted(u1, a1, t)"_text}));
@@ -253,7 +246,7 @@ void TestRecords::deleted_isUnknownAfterwards()
 void TestRecords::sameDeletionWhilePending_isSentAgain()
 {
     DeviceUnderTest device;
-    device.server().addApplication(application("a1"_text, "u1"_text));
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     QVERIFY(device.startAll());
     device.server().failNext(1, ServerFault::withDelay(60000));
 
@@ -275,9 +268,9 @@ void TestRecords::sameDeletionWhilePending_isSentAgain()
 void TestRecords::widgetWithTwoApplications_losesBoth()
 {
     DeviceUnderTest device;
-    device.server().addApplication(application("b2"_text, "u1"_text));
-    device.server().addApplication(application("a1"_text, "u1"_text));
-    device.server().addApplication(application("c3"_text, "u2"_text));
+    device.server().addApplication(listedApplication("b2"_text, "u1"_text));
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
+    device.server().addApplication(listedApplication("c3"_text, "u2"_text));
     QVERIFY(device.startAll());
 
     QVERIFY(device.deleteWidget("u1"_text));
@@ -292,7 +285,7 @@ void TestRecords::widgetWithTwoApplications_losesBoth()
 void TestRecords::widgetWithoutApplication_sendsNothing()
 {
     DeviceUnderTest device;
-    device.server().addApplication(application("a1"_text, "u1"_text));
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     QVERIFY(device.startAll());
 
     QVERIFY(device.deleteWidget("u2"_text));
@@ -305,7 +298,7 @@ void TestRecords::widgetWithoutApplication_sendsNothing()
 void TestRecords::applicationsWithoutWidget_areDeletedWithTheList()
 {
     DeviceUnderTest device;
-    device.server().addApplication(application("a1"_text, "u1"_text));
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     device.server().addApplication({"d9"_text, "a4"_text, "gone-b"_text, "B"_text, "type-b"_text});
     device.server().addApplication({"d9"_text, "a3"_text, "gone-a"_text, "A"_text, "type-a"_text});
     // The widget's id counts letter for letter.
@@ -365,7 +358,7 @@ void TestRecords::secondOfTwoEqualIds_isLeftOut()
 void TestRecords::deletionAnswered404_isDoneButTheRecordStays()
 {
     DeviceUnderTest device;
-    device.server().addApplication(application("a1"_text, "u1"_text));
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     QVERIFY(device.startAll());
     QVERIFY(device.server().removeApplication("a1"_text));
 
@@ -384,7 +377,7 @@ void TestRecords::deletionAnswered404_isDoneButTheRecordStays()
 void TestRecords::differentRequestsOfOneWidget_allGoOut()
 {
     DeviceUnderTest device;
-    device.server().addApplication(application("a1"_text, "u1"_text));
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     QVERIFY(device.startAll());
     device.server().failNext(1, ServerFault::withDelay(60000));
 

@@ -22,8 +22,6 @@ private Q_SLOTS:
 
 namespace
 {
-const auto started = "daemonDidStarted()"_text;
-
 // Answers requests of one method with this body, and leaves the others to the server.
 DeveloperServer::Script answering(const QByteArray &method, const QByteArray &body, int status = 200)
 {
@@ -173,7 +171,7 @@ void TestReplies::anySuccessStatus_isASuccess()
 void TestReplies::updateAndDeletionReplies_areNotRead()
 {
     DeviceUnderTest device;
-    device.server().addApplication({"d9"_text, "a1"_text, "u1"_text, "Clock"_text, "t"_text});
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     QVERIFY(device.startAll());
     device.server().failNext(2, ServerFault::withBodyThatIsNoJson());
 

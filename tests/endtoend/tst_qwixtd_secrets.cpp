@@ -64,7 +64,7 @@ void TestSecrets::everythingSucceeds_keyIsNotWritten()
 {
     QFETCH(Build, build);
     DeviceUnderTest device(build);
-    device.server().addApplication({"d9"_text, "a1"_text, "u1"_text, "Clock"_text, "t"_text});
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     QVERIFY(device.startAll());
 
     QVERIFY(device.registerApplication("u2"_text, "Radio"_text, "t"_text));
@@ -88,7 +88,7 @@ void TestSecrets::everythingFails_keyIsNotWritten()
 {
     QFETCH(Build, build);
     DeviceUnderTest device(build);
-    device.server().addApplication({"d9"_text, "a1"_text, "u1"_text, "Clock"_text, "t"_text});
+    device.server().addApplication(listedApplication("a1"_text, "u1"_text));
     QVERIFY(device.startAll());
 
     // The server refuses the second key with 401, then fails in the other ways, then is not there.

@@ -55,9 +55,8 @@ void TestStandardFiles::closedFiles_areOpenedOnNothingAndRequestsSucceed()
     // With a warning to write.
     QVERIFY(device.updateApplication("a9"_text, "u2"_text, "Radio"_text, "t"_text));
 
-    EVENTUALLY_EQUAL(device.announced(),
-                     QStringList({"daemonDidStarted()"_text, "applicationRegistered(u1, app-1, t)"_text,
-                                  "applicationRegistered(u2, app-2, t)"_text}));
+    EVENTUALLY_EQUAL(device.announced(), QStringList({started, "applicationRegistered(u1, app-1, t)"_text,
+                                                      "applicationRegistered(u2, app-2, t)"_text}));
     for (int file = 0; file < names.size(); ++file) {
         const QString target = openFile(device.program().processId(), file);
         QVERIFY(!target.isEmpty());

@@ -25,8 +25,6 @@ private Q_SLOTS:
 
 namespace
 {
-const auto started = "daemonDidStarted()"_text;
-
 // Whether the request was built after the device was given this key, and so not before.
 bool carriesKey(const HttpRequest &request, const QByteArray &key)
 {
@@ -247,7 +245,7 @@ void TestStart::everythingLate_startsOnceWithTheLast()
 void TestStart::requestsBeforeReady_areSentAfterTheListInOrder()
 {
     DeviceUnderTest device;
-    device.server().addApplication({"d9"_text, "a1"_text, "u2"_text, "Radio"_text, "t"_text});
+    device.server().addApplication(listedApplication("a1"_text, "u2"_text, "Radio"_text));
     QVERIFY(device.startProgram());
 
     QVERIFY(device.registerApplication("u3"_text, "Mail"_text, "t"_text));

@@ -38,7 +38,7 @@ public:
 #endif
 };
 
-const QString url = QStringLiteral("https://host.example/path with blank");
+const QString url = QStringLiteral("https://host.example/path with space");
 
 QList<int> optionOrder(const CurlFake::Request &request)
 {
@@ -131,7 +131,7 @@ void TestFetchTaskOptions::run_setsItsOptionsInOrder()
     QCOMPARE(request.number(CURLOPT_FOLLOWLOCATION), 1L);
     QVERIFY(request.has(CURLOPT_ACCEPT_ENCODING));
     QCOMPARE(request.text(CURLOPT_ACCEPT_ENCODING), QByteArray(""));
-    QCOMPARE(request.url(), QByteArray("https://host.example/path%20with%20blank"));
+    QCOMPARE(request.url(), QByteArray("https://host.example/path%20with%20space"));
     QCOMPARE(request.body(), QByteArray("a=1"));
     QCOMPARE(request.headers, QList<QByteArray>{"Accept: text/plain"});
 }
@@ -176,7 +176,7 @@ void TestFetchTaskOptions::method_setsItsOption()
     }
     QCOMPARE(request.body(), QByteArray("a=1")); // every method carries the body
     QCOMPARE(PlatformCapture::count("FetchTask: " + word +
-                                    " Status=200 Url=https://host.example/path%20with%20blank"),
+                                    " Status=200 Url=https://host.example/path%20with%20space"),
              1);
 }
 
@@ -386,7 +386,7 @@ void TestFetchTaskOptions::refusedOption_isNotSent()
     QCOMPARE(PlatformCapture::texts(LogPriority::Error).size(), 1);
     QVERIFY(PlatformCapture::texts(LogPriority::Error)
                 .constFirst()
-                .startsWith("FetchTask: [Error] 48 https://host.example/path%20with%20blank "));
+                .startsWith("FetchTask: [Error] 48 https://host.example/path%20with%20space "));
     QVERIFY(!PlatformCapture::texts().join('\n').contains("Making request"));
     QCOMPARE(CurlFake::openHandles() + CurlFake::openHeaderLists() + CurlFake::openForms(), 0);
 }
@@ -530,7 +530,7 @@ void TestFetchTaskOptions::settingsChangedDuringATransfer_holdFromTheNextRun()
     CurlFake::release();
     QMetaObject::invokeMethod(&task, "run", Qt::BlockingQueuedConnection);
 
-    QCOMPARE(CurlFake::requests().at(0).url(), QByteArray("https://host.example/path%20with%20blank"));
+    QCOMPARE(CurlFake::requests().at(0).url(), QByteArray("https://host.example/path%20with%20space"));
     QCOMPARE(CurlFake::requests().at(0).headers, QList<QByteArray>());
     QCOMPARE(CurlFake::requests().at(1).url(), QByteArray("https://other.example/"));
     QCOMPARE(CurlFake::requests().at(1).headers, QList<QByteArray>{"A: b"});

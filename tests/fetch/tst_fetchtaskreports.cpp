@@ -15,8 +15,8 @@
 namespace
 {
 
-const QString url = QStringLiteral("https://host.example/path with blank");
-const QByteArray sentUrl = "https://host.example/path%20with%20blank";
+const QString url = QStringLiteral("https://host.example/path with space");
+const QByteArray sentUrl = "https://host.example/path%20with%20space";
 
 /// What a task's signals said, and whether the task counted as running at that moment.
 struct Heard {

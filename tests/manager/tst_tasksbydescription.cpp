@@ -10,7 +10,7 @@
 namespace
 {
 
-/// A stand-in for a task that is told apart by its address only.
+/// A stand-in for a task that is known by its address only.
 RemoteTaskWithDescription *task(int number)
 {
     static char addresses[4096];

@@ -40,7 +40,7 @@ public:
     void deleteApplication(const QString &appId, const QString &uuid, const QString &type);
     void askForList();
 
-    /// One run of @p descr has ended, and the manager has been told.
+    /// One run of @p descr has ended, and the manager knows of it.
     void succeeded(const RemoteTaskDescription &descr, const QByteArray &reply);
     void failed(const RemoteTaskDescription &descr, int code);
 

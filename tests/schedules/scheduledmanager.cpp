@@ -294,7 +294,7 @@ void ScheduledManager::checkEnd()
     }
 }
 
-/// A run has ended, and the manager has been told.
+/// A run has ended, and the manager knows of it.
 void ScheduledManager::noteResult(int code, const QByteArray &data, const RemoteTaskDescription &descr)
 {
     if (transferStarts.isEmpty()) {

@@ -7,7 +7,7 @@
 class QThread;
 
 /// Stands in for libcurl's transfers in a program that is linked with it: a transfer waits on the fetch
-/// thread until it is told how it ends. Unless another thread is named, functions belong to the main thread.
+/// thread until its end is decided. Unless another thread is named, functions belong to the main thread.
 namespace Transfers
 {
 
@@ -17,9 +17,9 @@ struct Outcome {
     QByteArray body;
 };
 
-/// Waits until @p thread has nothing to do, or waits in a transfer to be told its end.
+/// Waits until @p thread has nothing to do, or waits in a transfer for its end.
 void settle(QThread *thread);
-/// Whether a transfer waits to be told its end.
+/// Whether a transfer waits for its end.
 bool isWaiting();
 /// Whether that transfer is a GET.
 bool isWaitingForList();

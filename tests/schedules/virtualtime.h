@@ -3,7 +3,7 @@
 #include <QAbstractEventDispatcher>
 #include <QList>
 
-/// The main thread's event dispatcher in a time that passes only when told to: a timer of five seconds costs
+/// The main thread's event dispatcher in a time that passes only when asked to: a timer of five seconds costs
 /// no more than its event. Set it before the application object is made.
 class VirtualTime : public QAbstractEventDispatcher
 {
