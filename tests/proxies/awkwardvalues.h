@@ -8,8 +8,8 @@
 
 class QDBusArgument;
 
-/// A value that a program may put into a map, and what of it reaches the service, in the words of described();
-/// empty when it is left out.
+/// A value that a program may put into a map, and what of it reaches the service, in the words of
+/// described(); empty when it is left out.
 struct AwkwardValue {
     const char *name;
     QVariant value;
