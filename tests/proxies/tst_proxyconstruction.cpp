@@ -142,6 +142,7 @@ void TestProxyConstruction::programThatExportsItsRoot_doesNotAskEither()
     QVERIFY(connection.registerObject(QStringLiteral("/"), &root, QDBusConnection::ExportAllSlots));
 
     const Daemon::NetworkProxy proxy(nullptr, connection);
+
     QVERIFY(proxy.isValid());
     QCOMPARE(fake.takeCalls().size(), 0);
     QCOMPARE(connection.objectRegisteredAt(QStringLiteral("/")), &root);
@@ -207,7 +208,9 @@ void TestProxyConstruction::programThatTakesEveryPath_hasWorkingProxies()
 void TestProxyConstruction::proxy_leavesNothingBehindOnTheConnection()
 {
     QDBusConnection connection = client();
+
     const Daemon::NetworkProxy proxy(nullptr, connection);
+
     QDBusInterface own(connection.baseService(), QStringLiteral("/"),
                        QStringLiteral("org.freedesktop.DBus.Introspectable"), connection);
     const QDBusMessage reply = own.call(QStringLiteral("Introspect"));

@@ -173,7 +173,7 @@ void TestProxyInstall::buildAndRunConsumer(const QString &installed)
 
 void TestProxyInstall::consumerFoundByCMake_speaksToItsServices()
 {
-    buildAndRunConsumer(prefix); // asserts by itself
+    buildAndRunConsumer(prefix);
 }
 
 void TestProxyInstall::consumerFoundByPkgConfig_speaksToItsServices()
@@ -187,7 +187,6 @@ void TestProxyInstall::consumerFoundByPkgConfig_speaksToItsServices()
         &problem, {QStringLiteral("PKG_CONFIG_PATH=") + pcDirectory});
     QVERIFY2(problem.isEmpty(), qPrintable(problem));
     QVERIFY(flags.contains("-lVorletProxies"));
-
     const QString program = work.filePath(QStringLiteral("program"));
     QStringList arguments{QStringLiteral("-std=c++17"), consumerDirectory + QStringLiteral("/main.cpp"),
                           QStringLiteral("-o"), program};
@@ -195,7 +194,9 @@ void TestProxyInstall::consumerFoundByPkgConfig_speaksToItsServices()
     arguments += QString::fromUtf8(flags).simplified().split(QLatin1Char(' '));
     // A shared library is found where it was installed.
     arguments << QStringLiteral("-Wl,-rpath,") + QFileInfo(pcDirectory).path();
+
     run(compiler(), arguments, &problem);
+
     QVERIFY2(problem.isEmpty(), qPrintable(problem));
     runConsumer(program);
 }
