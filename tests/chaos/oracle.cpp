@@ -21,7 +21,7 @@ QString textOf(const QByteArray &request)
     return QString::fromUtf8(request);
 }
 
-// What the daemon announces at the end of a run; the widget of a deletion is not told by its request.
+// What the daemon announces at the end of a run; the widget of a deletion does not stand in its request.
 QStringList announcementOf(const Run &run)
 {
     if (run.method() == "POST") {
