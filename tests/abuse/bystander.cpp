@@ -45,20 +45,21 @@ int main(int argc, char *argv[])
     if (bus == nullptr || !dbus_bus_register(bus, &error)) {
         return 2;
     }
-    long long count = 0;
+    if (!call(bus, argv[2])) {
+        return 1;
+    }
+    std::puts("ready");
+    std::fflush(stdout);
     long long longest = 0;
-    long long sum = 0;
     pollfd input = {STDIN_FILENO, POLLIN, 0};
     while (::poll(&input, 1, pauseMs) == 0) {
         const auto start = Clock::now();
         if (!call(bus, argv[2])) {
             return 1;
         }
-        const auto took = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start).count();
-        ++count;
-        sum += took;
-        longest = std::max<long long>(longest, took);
+        const auto took = std::chrono::duration_cast<std::chrono::microseconds>(Clock::now() - start);
+        longest = std::max<long long>(longest, took.count());
     }
-    std::printf("%lld %lld %lld\n", count, count == 0 ? 0 : sum / count, longest);
+    std::printf("%lld\n", longest);
     return 0;
 }

@@ -80,11 +80,11 @@ bool waitForEnd(DeviceUnderTest &device, const QProcess &process)
 
 struct Flooded {
     QByteArray answers;
-    int othersCalls = 0;
-    double slowestMs = 0;
+    double slowestMs = 0; // of the answers to somebody else
 };
 
-// Floods a service, and meanwhile calls it as somebody else would.
+// Floods a service, and meanwhile calls it as somebody else would. The answers are empty when it does not
+// end.
 Flooded flood(DeviceUnderTest &device, const QString &service, const QStringList &arguments)
 {
     QProcess bystander;
@@ -92,15 +92,18 @@ Flooded flood(DeviceUnderTest &device, const QString &service, const QStringList
     bystander.start(QStringLiteral(BYSTANDER), {device.bus().address(), service});
     QProcess flooder;
     flooder.setProcessChannelMode(QProcess::MergedChannels);
-    flooder.start(QStringLiteral(BUSFLOOD), QStringList{device.bus().address(), service} + arguments);
     Flooded result;
-    if (!waitForEnd(device, flooder)) {
+    if (!QTest::qWaitFor([&] { return bystander.canReadLine(); }, DeviceUnderTest::patienceMs)) {
+        return result;
+    }
+    flooder.start(QStringLiteral(BUSFLOOD), QStringList{device.bus().address(), service} + arguments);
+    if (!flooder.waitForStarted() || !waitForEnd(device, flooder)) {
         return result;
     }
     bystander.closeWriteChannel();
-    if (waitForEnd(device, bystander)) {
-        const QList<QByteArray> figures = bystander.readAll().simplified().split(' ');
-        result = {flooder.readAll(), figures.value(0).toInt(), figures.value(2).toDouble() / 1000};
+    if (waitForEnd(device, bystander) && bystander.exitCode() == 0) {
+        const QByteArray longestUs = bystander.readAll().simplified().split(' ').constLast();
+        result = {flooder.readAll(), longestUs.toDouble() / 1000};
     }
     return result;
 }
@@ -149,7 +152,7 @@ void TestBusAbuse::flood_othersAreAnswered()
         const Flooded flooded = flood(device, daemonName, arguments);
         QCOMPARE(reference.answers, answers);
         QCOMPARE(flooded.answers, answers);
-        QVERIFY(reference.othersCalls > 0 && flooded.othersCalls > 0);
+        QVERIFY(reference.slowestMs > 0 && flooded.slowestMs > 0);
         emptyMs += reference.slowestMs / rounds;
         slowestMs += flooded.slowestMs / rounds;
     }
