@@ -29,8 +29,8 @@ constexpr double promptMs = 100;
 // Of two programs that take the same time, one may be unlucky on a busy machine.
 constexpr double luck = 4;
 
-// The process's own changed memory, in kB.
-qint64 privateDirty(qint64 processId)
+// The process's own changed memory, in kB. A build with sanitizers has no use for it.
+[[maybe_unused]] qint64 privateDirty(qint64 processId)
 {
     QFile file(QStringLiteral("/proc/%1/smaps_rollup").arg(processId));
     if (!file.open(QIODevice::ReadOnly)) {
