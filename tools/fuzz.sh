@@ -47,7 +47,7 @@ for fuzzer in "${fuzzers[@]}"; do
         die "there is no fuzzer \"$fuzzer\"; there are: ${known[*]}"
 done
 
-install_packages "${PACKAGES[@]}" clang libclang-rt-dev
+install_packages_of fuzz clang libclang-rt-dev
 build fuzz "${fuzzers[@]}"
 
 output=$ROOT/build/fuzz
@@ -55,10 +55,11 @@ mkdir -p "$output/findings"
 # A fuzzer that is ended by what it found leaves its temporary files behind.
 TMPDIR=$(mktemp -d)
 export TMPDIR
-trap 'rm -rf "$TMPDIR"' EXIT
+trap 'kill $(jobs -p) 2>/dev/null || true; rm -rf "$TMPDIR"' EXIT
+trap 'exit 130' INT TERM
 
-# Runs one fuzzer, its words into a file. Short stacks of allocations make it faster; a replay shows whole ones.
-run() {
+# Becomes one fuzzer, its words into a file. Short stacks of allocations make it faster; a replay shows whole ones.
+become() {
     local fuzzer=$1
     local arguments=("-max_len=$longestInput" -len_control=10 "-timeout=$secondsPerInput" -print_final_stats=1
         "-artifact_prefix=$output/findings/$fuzzer-")
@@ -66,7 +67,8 @@ run() {
     [ -z "$runs" ] || arguments+=("-runs=$runs")
     [ ! -f "$ROOT/tests/fuzz/$fuzzer.dict" ] || arguments+=("-dict=$ROOT/tests/fuzz/$fuzzer.dict")
     mkdir -p "$output/corpus/$fuzzer"
-    ASAN_OPTIONS=malloc_context_size=6:quarantine_size_mb=32 "$output/fuzzers/$fuzzer" "${arguments[@]}" \
+    export ASAN_OPTIONS=malloc_context_size=6:quarantine_size_mb=32
+    exec "$output/fuzzers/$fuzzer" "${arguments[@]}" \
         "$output/corpus/$fuzzer" "$ROOT/tests/fuzz/corpus/$fuzzer" >"$output/$fuzzer.log" 2>&1 9>&- </dev/null
 }
 
@@ -98,7 +100,7 @@ wait_for_one() {
 for fuzzer in "${fuzzers[@]}"; do
     [ "$running" -lt "$atOnce" ] || wait_for_one
     say "$fuzzer runs${seconds:+ for $seconds s}${runs:+ until $runs inputs}"
-    run "$fuzzer" &
+    become "$fuzzer" &
     fuzzerOf[$!]=$fuzzer
     running=$((running + 1))
 done

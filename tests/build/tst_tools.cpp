@@ -29,6 +29,8 @@ private Q_SLOTS:
     void init();
 
     void testOfNoPreset_isRefusedByName();
+    void fuzzerThatCannotRun_isRefusedBeforeAnythingIsBuilt_data();
+    void fuzzerThatCannotRun_isRefusedBeforeAnythingIsBuilt();
     void noSandbox_isSaidBeforeAnythingIsBuilt_data();
     void noSandbox_isSaidBeforeAnythingIsBuilt();
 
@@ -45,8 +47,10 @@ void TestTools::init()
     const QDir sources(QStringLiteral(SOURCE_DIRECTORY));
     checkout = std::make_unique<QTemporaryDir>();
     QVERIFY(QDir(checkout->path()).mkpath(QStringLiteral("tools")));
+    QVERIFY(QDir(checkout->path()).mkpath(QStringLiteral("tests/fuzz")));
     QVERIFY(QDir(checkout->path()).mkpath(QStringLiteral("stubs")));
-    for (const char *file : {"CMakePresets.json", "tools/lib.sh", "tools/test.sh", "tools/demo.sh"}) {
+    for (const char *file : {"CMakePresets.json", "tools/lib.sh", "tools/test.sh", "tools/demo.sh",
+                             "tools/fuzz.sh", "tests/fuzz/fuzz_json.cpp"}) {
         QVERIFY(QFile::copy(sources.filePath(QLatin1String(file)), inCheckout(file)));
     }
     // Every package is there, so that none is installed.
@@ -88,6 +92,37 @@ void TestTools::testOfNoPreset_isRefusedByName()
     QCOMPARE(outcome.errors,
              QStringLiteral("test.sh: there is no preset \"nonsuch\" with tests; those with tests are: "
                             "release debug asan qt5\n"));
+    QVERIFY(!QDir(inCheckout("build")).exists());
+}
+
+void TestTools::fuzzerThatCannotRun_isRefusedBeforeAnythingIsBuilt_data()
+{
+    QTest::addColumn<QStringList>("words");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("no such fuzzer") << QStringList{QStringLiteral("fuzz_nonsuch")}
+                                    << QStringLiteral(
+                                           "there is no fuzzer \"fuzz_nonsuch\"; there are: fuzz_json");
+    QTest::newRow("no such option") << QStringList{QStringLiteral("--minutes"), QStringLiteral("1")}
+                                    << QStringLiteral("no such option: --minutes");
+    QTest::newRow("no number") << QStringList{QStringLiteral("--seconds")}
+                               << QStringLiteral("--seconds needs a number above 0");
+    QTest::newRow("number in words") << QStringList{QStringLiteral("--runs"), QStringLiteral("fuzz_json")}
+                                     << QStringLiteral("--runs needs a number above 0");
+    QTest::newRow("number 0") << QStringList{QStringLiteral("--runs"), QStringLiteral("0")}
+                              << QStringLiteral("--runs needs a number above 0");
+}
+
+void TestTools::fuzzerThatCannotRun_isRefusedBeforeAnythingIsBuilt()
+{
+    QFETCH(QStringList, words);
+    QFETCH(QString, reason);
+
+    const Outcome outcome = runScript(QStringList{QStringLiteral("fuzz.sh")} + words);
+
+    QVERIFY(outcome.ended);
+    QVERIFY(outcome.status != 0);
+    QCOMPARE(outcome.output, QString());
+    QCOMPARE(outcome.errors, QStringLiteral("fuzz.sh: %1\n").arg(reason));
     QVERIFY(!QDir(inCheckout("build")).exists());
 }
 

@@ -39,11 +39,12 @@ const std::vector<Command> commands = {
 };
 
 const std::vector<QString> usualWords = {
-    QStringLiteral("on"),    QStringLiteral("off"),     QStringLiteral("always"),
-    QStringLiteral("1"),     QStringLiteral("1000000"), QStringLiteral("1000001"),
-    QStringLiteral("0"),     QStringLiteral("-1"),      QStringLiteral("503"),
-    QStringLiteral("app-1"), QStringLiteral("daemon"),  QStringLiteral("widget-manager"),
-    QStringLiteral("%1"),    QStringLiteral("")};
+    QStringLiteral("on"),    QStringLiteral("off"),       QStringLiteral("always"),
+    QStringLiteral("1"),     QStringLiteral("1000000"),   QStringLiteral("1000001"),
+    QStringLiteral("0"),     QStringLiteral("-1"),        QStringLiteral("503"),
+    QStringLiteral("app-1"), QStringLiteral("daemon"),    QStringLiteral("widget-manager"),
+    QStringLiteral("%1"),    QStringLiteral("a\n\t\"\\"), QString(QChar(0x2028)),
+    QStringLiteral("")};
 
 QString quotedWord(const QString &word)
 {
@@ -197,6 +198,8 @@ void checkLines(FuzzedDataProvider &input)
     for (int i = 0; i < count; ++i) {
         execute(simulator, interpreter, model, takeLine(input));
     }
+    execute(simulator, interpreter, model, QStringLiteral("list"));
+    execute(simulator, interpreter, model, QStringLiteral("status"));
     beginAnew(simulator);
 }
 

@@ -10,7 +10,8 @@ namespace GeneratedJson
 /// letters, keys of the server's replies and others; now and then bytes as they are.
 QByteArray takeValue(FuzzedDataProvider &input, int depth);
 
-/// A list reply as the server sends it, with anything where a value stands.
+/// Replies as the server sends them, with anything where a value stands.
+QByteArray takeRegisterReply(FuzzedDataProvider &input);
 QByteArray takeListReply(FuzzedDataProvider &input);
 
 } // namespace GeneratedJson
