@@ -58,10 +58,12 @@ export TMPDIR
 trap 'kill $(jobs -p) 2>/dev/null || true; rm -rf "$TMPDIR"' EXIT
 trap 'exit 130' INT TERM
 
-# Becomes one fuzzer, its words into a file. Short stacks of allocations make it faster; a replay shows whole ones.
+# Becomes one fuzzer, its words into a file. Leaks are looked for when it ends: after each input it takes much longer.
+# Short stacks of allocations make it faster; a replay shows whole ones.
 become() {
     local fuzzer=$1
-    local arguments=("-max_len=$longestInput" -len_control=10 "-timeout=$secondsPerInput" -print_final_stats=1
+    local arguments=("-max_len=$longestInput" -len_control=10 -detect_leaks=0 -print_final_stats=1
+        "-timeout=$secondsPerInput"
         "-artifact_prefix=$output/findings/$fuzzer-")
     [ -z "$seconds" ] || arguments+=("-max_total_time=$seconds")
     [ -z "$runs" ] || arguments+=("-runs=$runs")
@@ -72,7 +74,7 @@ become() {
         "$output/corpus/$fuzzer" "$ROOT/tests/fuzz/corpus/$fuzzer" >"$output/$fuzzer.log" 2>&1 9>&- </dev/null
 }
 
-# A finding is what the log names last; without one the fuzzer ended for another reason, which the log tells.
+# A finding is what the log names last. A leak has none: it shows at the end, and the corpus is given again to find it.
 report() {
     local fuzzer=$1 status=$2 log=$output/$1.log finding
     if [ "$status" -eq 0 ]; then
@@ -84,6 +86,8 @@ report() {
     say "$fuzzer: failed, all it said is in $log"
     [ -z "$finding" ] || say "$fuzzer: this input breaks it: $finding
   replay: build/fuzz/fuzzers/$fuzzer $finding"
+    ! grep -q 'LeakSanitizer: detected' "$log" || say "$fuzzer: it leaks
+  to find the input: build/fuzz/fuzzers/$fuzzer -runs=100000 build/fuzz/corpus/$fuzzer"
 }
 
 declare -A fuzzerOf
