@@ -106,6 +106,7 @@ public:
     {
         dbus_connection_flush(connection);
         dbus_connection_close(connection);
+        dbus_connection_unref(connection);
     }
 
 private:
