@@ -67,7 +67,6 @@ private Q_SLOTS:
     void redirectToAnotherServer_losesTheKey();
     void redirectToAnotherProtocol_isRefused_data();
     void redirectToAnotherProtocol_isRefused();
-    void redirectsWithoutEnd_endWithTheTimeout();
 };
 
 void TestRedirects::redirect_changesMethodAndBody_data()
@@ -174,26 +173,6 @@ void TestRedirects::redirectToAnotherProtocol_isRefused()
     QCOMPARE(failures.at(0).at(0).toInt(), 1); // CURLE_UNSUPPORTED_PROTOCOL
     QCOMPARE(failures.at(0).at(1).toByteArray(), QByteArray());
     QCOMPARE(server.requestCount(), 1);
-}
-
-void TestRedirects::redirectsWithoutEnd_endWithTheTimeout()
-{
-    Server server;
-    server.setScript([](const HttpRequest &) {
-        HttpAnswer answer =
-            HttpAnswer::exactly("HTTP/1.1 302 Found\r\nLocation: /here\r\nContent-Length: 0\r\n\r\n");
-        answer.delayMs = 300;
-        return answer;
-    });
-    const auto task = makeTask(VFetchTask::Get, server.here());
-    task->setTimeout(1);
-    const QSignalSpy failures(task.get(), &VFetchTask::failure);
-
-    run(*task);
-
-    QCOMPARE(failures.count(), 1);
-    QCOMPARE(failures.at(0).at(0).toInt(), 28); // CURLE_OPERATION_TIMEDOUT
-    QVERIFY(server.requestCount() > 1);
 }
 
 QTEST_GUILESS_MAIN(TestRedirects)
