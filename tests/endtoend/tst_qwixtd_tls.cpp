@@ -57,6 +57,12 @@ private:
     QByteArray url;
 };
 
+/// Whether a request was refused and its retry too; a slow machine may see more of them.
+bool areRefusals(const QList<QByteArray> &lines, const QByteArray &refusal)
+{
+    return lines.size() >= 2 && lines.count(refusal) == lines.size();
+}
+
 /// A real server that speaks no TLS newer than 1.0, at the level of security that this needs nowadays.
 class OldServer
 {
@@ -124,12 +130,11 @@ void TestTls::serverIsNotTrustworthy_getsNoRequestAndIsTriedAgain()
 
     for (std::size_t i = 0; i < devices.size(); ++i) {
         const QByteArray refusal = devices[i]->refusal(CURLE_PEER_FAILED_VERIFICATION);
-        QTRY_COMPARE_WITH_TIMEOUT(devices[i]->daemon.errorLines(), QList<QByteArray>({refusal, refusal}),
-                                  DeviceUnderTest::patienceMs);
+        EVENTUALLY(areRefusals(devices[i]->daemon.errorLines(), refusal));
         QVERIFY2(devices[i]->server().requestCount() == 0, servers[i].name);
     }
     const QByteArray refusal = withOld.refusal(CURLE_SSL_CONNECT_ERROR);
-    EVENTUALLY_EQUAL(withOld.daemon.errorLines(), QList<QByteArray>({refusal, refusal}));
+    EVENTUALLY(areRefusals(withOld.daemon.errorLines(), refusal));
     QVERIFY2(old.output().contains("alert"), old.output().constData()); // the client's refusal
     QVERIFY2(!old.output().contains("HTTP/1.1"), old.output().constData());
 }
