@@ -135,7 +135,8 @@ void TestTls::serverIsNotTrustworthy_getsNoRequestAndIsTriedAgain()
     }
     const QByteArray refusal = withOld.refusal(CURLE_SSL_CONNECT_ERROR);
     EVENTUALLY(areRefusals(withOld.daemon.errorLines(), refusal));
-    QVERIFY2(old.output().contains("alert"), old.output().constData()); // the client's refusal
+    // Refused by the client, or by the server already when the client's library has forgotten that version.
+    QVERIFY2(old.output().contains("ERROR"), old.output().constData());
     QVERIFY2(!old.output().contains("HTTP/1.1"), old.output().constData());
 }
 
