@@ -4,6 +4,7 @@
 #include "startup.h"
 
 #include <QCoreApplication>
+#include <QLoggingCategory>
 
 #include <cerrno>
 #include <csignal>
@@ -19,6 +20,8 @@ int main(int argc, char *argv[])
     // A server or a log reader that goes away is an error of that one write, not the end of the daemon.
     std::signal(SIGPIPE, SIG_IGN);
 
+    // Newer Qt writes three lines for each call that it refuses: any caller could fill the log.
+    QLoggingCategory::setFilterRules(QStringLiteral("qt.dbus.integration=false"));
     QCoreApplication application(argc, argv);
     const int status = runDaemon(application);
 
