@@ -5,18 +5,6 @@
 
 namespace
 {
-// What no daemon may ever write, whatever happens to it.
-const char *const badWords[] = {"ERROR: AddressSanitizer",
-                                "ERROR: LeakSanitizer",
-                                "runtime error:",
-                                "QObject",
-                                "QThread",
-                                "QTimer",
-                                "QMutex",
-                                "QDBus",
-                                "Fatal",
-                                "Authorization"};
-
 constexpr int endTimeoutMs = 20000;
 constexpr int statusWithoutBus = 1;
 
@@ -184,10 +172,8 @@ void World::readDaemonLines()
         if (line.contains(transferFailure)) {
             book.transferFailed();
         }
-        for (const char *const words : badWords) {
-            if (line.contains(words)) {
-                wrongs.append(QStringLiteral("the daemon wrote: ") + QString::fromUtf8(line));
-            }
+        if (QwixtdProcess::hasComplaint(line) || line.contains("QDBus") || line.contains("Authorization")) {
+            wrongs.append(QStringLiteral("the daemon wrote: ") + QString::fromUtf8(line));
         }
         if (line.contains(apiKey.toUtf8())) {
             wrongs.append(QStringLiteral("the daemon wrote the API key"));

@@ -9,17 +9,6 @@ namespace
 const auto service = QStringLiteral("com.qwixtd");
 const auto interfaceName = QStringLiteral("com.vorlet.qwixtd");
 
-// What no daemon may ever write, whatever a test does to it.
-const QList<QByteArray> complaints = {"ERROR: AddressSanitizer",
-                                      "ERROR: LeakSanitizer",
-                                      "runtime error:",
-                                      "QObject",
-                                      "QThread",
-                                      "QTimer",
-                                      "QMutex",
-                                      "QDBusConnection",
-                                      "Fatal"};
-
 QString programPath(DeviceUnderTest::Build build)
 {
     return build == DeviceUnderTest::Shipped ? QStringLiteral(QWIXTD_PROGRAM)
@@ -84,9 +73,7 @@ DeviceUnderTest::~DeviceUnderTest()
     const bool hasEnded = !process.isRunning();
     const QByteArray output = process.output();
     QVERIFY2(mayExit || !hasEnded, "the daemon ended by itself: " + output);
-    for (const QByteArray &complaint : complaints) {
-        QVERIFY2(!output.contains(complaint), output.constData());
-    }
+    QVERIFY2(!QwixtdProcess::hasComplaint(output), output.constData());
 }
 
 PrivateBus &DeviceUnderTest::bus()

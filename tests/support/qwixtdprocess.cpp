@@ -6,7 +6,9 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <csignal>
+#include <iterator>
 
 namespace
 {
@@ -147,6 +149,21 @@ QByteArray QwixtdProcess::output()
 {
     collect();
     return standardOutput + standardError;
+}
+
+bool QwixtdProcess::hasComplaint(const QByteArray &output)
+{
+    static const char *const complaints[] = {"ERROR: AddressSanitizer",
+                                             "ERROR: LeakSanitizer",
+                                             "runtime error:",
+                                             "QObject",
+                                             "QThread",
+                                             "QTimer",
+                                             "QMutex",
+                                             "QDBusConnection",
+                                             "Fatal"};
+    return std::any_of(std::begin(complaints), std::end(complaints),
+                       [&output](const char *complaint) { return output.contains(complaint); });
 }
 
 void QwixtdProcess::collect()

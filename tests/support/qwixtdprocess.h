@@ -45,6 +45,9 @@ public:
     QList<QByteArray> takeErrorLines();
     /// All that the daemon wrote so far, to standard output and standard error.
     QByteArray output();
+    /// Whether a daemon's output has what no daemon may ever write, whatever is done to it: a sanitizer's
+    /// report, or a complaint of Qt's.
+    static bool hasComplaint(const QByteArray &output);
 
 private:
     void collect();
