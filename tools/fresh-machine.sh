@@ -8,10 +8,7 @@ set -euo pipefail
 . "$(dirname "$0")/machine.sh"
 
 release=${1-}
-case $release in
-bookworm | trixie) ;;
-*) die "usage: fresh-machine.sh bookworm|trixie [CACHE]" ;;
-esac
+require_release "$release"
 install_packages git
 make_machine "$release" "${@:2:1}"
 chroot "$machine" useradd --create-home --shell /bin/bash visitor

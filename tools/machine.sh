@@ -6,6 +6,14 @@ machine=''
 running=''
 control_group=''
 
+# require_release NAME: ends the script unless the name is that of a release that is supported.
+require_release() {
+    case $1 in
+    bookworm | trixie) ;;
+    *) die "usage: $(basename "$0") bookworm|trixie [CACHE]" ;;
+    esac
+}
+
 # Ends whatever runs on the machine, which ends with its first process, and waits for that.
 stop_machine() {
     [ -n "$running" ] || return 0

@@ -7,10 +7,7 @@ set -euo pipefail
 . "$(dirname "$0")/machine.sh"
 
 release=${1-}
-case $release in
-bookworm | trixie) ;;
-*) die "usage: package-test.sh bookworm|trixie [CACHE]" ;;
-esac
+require_release "$release"
 "$ROOT/tools/package.sh"
 make_machine "$release" "${@:2:1}"
 # shellcheck disable=SC2154
