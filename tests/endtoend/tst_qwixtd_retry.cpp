@@ -8,6 +8,7 @@ private Q_SLOTS:
     void failedOnce_isSentAgainAfterFiveSeconds_data();
     void failedOnce_isSentAgainAfterFiveSeconds();
     void failedTwice_isSentAThirdTime();
+    void answerLost_isSentAgainAndTheServerHoldsTwo();
 };
 
 void TestRetry::failedOnce_isSentAgainAfterFiveSeconds_data()
@@ -63,6 +64,25 @@ void TestRetry::failedTwice_isSentAThirdTime()
     QCOMPARE(requests.size(), 4);
     const qint64 pauseMs = requests.at(3).receivedAtMs - requests.at(2).answeredAtMs;
     QVERIFY2(isRetryPause(pauseMs), QByteArray::number(pauseMs).constData());
+}
+
+void TestRetry::answerLost_isSentAgainAndTheServerHoldsTwo()
+{
+    DeviceUnderTest device;
+    QVERIFY(device.startAll());
+    device.server().failNext(1, ServerFault::withCutOffBody()); // it has done by then what was asked
+
+    QVERIFY(device.registerApplication("u1"_text, "Clock"_text, "t"_text));
+
+    EVENTUALLY_EQUAL(device.announced(), QStringList({started, "applicationRegistered(u1, app-2, t)"_text}));
+    const QList<HttpRequest> requests = device.server().requests();
+    QCOMPARE(requests.size(), 3);
+    QCOMPARE(requests.at(2).body, requests.at(1).body);
+    const QList<ServerApplication> held = device.server().applications();
+    QCOMPARE(held.size(), 2);
+    for (const ServerApplication &application : held) {
+        QCOMPARE(application.identifier, "u1"_text);
+    }
 }
 
 QTEST_GUILESS_MAIN(TestRetry)
