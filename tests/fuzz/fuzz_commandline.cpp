@@ -205,13 +205,6 @@ void checkLines(FuzzedDataProvider &input)
 
 } // namespace
 
-extern "C" int LLVMFuzzerInitialize(int *argumentCount, char ***arguments)
-{
-    stayOffTheBus();
-    static QCoreApplication application(*argumentCount, *arguments);
-    return 0;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
     FuzzedDataProvider input(data, size);

@@ -5,7 +5,6 @@
 #include "generatedjson.h"
 #include "openrecords.h"
 
-#include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -192,13 +191,6 @@ void checkFailure(OpenRecords &manager, int kind, int code, const QByteArray &re
 }
 
 } // namespace
-
-extern "C" int LLVMFuzzerInitialize(int *argumentCount, char ***arguments)
-{
-    static QCoreApplication application(*argumentCount, *arguments);
-    stayOffTheBus();
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {

@@ -7,8 +7,6 @@
 #include "recordedtransfer.h"
 #include "remotetaskwithdescription.h"
 
-#include <QCoreApplication>
-
 #include <memory>
 
 namespace
@@ -188,13 +186,6 @@ void checkBody(FuzzedDataProvider &input)
 }
 
 } // namespace
-
-extern "C" int LLVMFuzzerInitialize(int *argumentCount, char ***arguments)
-{
-    stayOffTheBus();
-    static QCoreApplication application(*argumentCount, *arguments);
-    return 0;
-}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {

@@ -52,11 +52,6 @@ void requireEqual(qint64 is, qint64 mustBe, const char *what)
     }
 }
 
-void stayOffTheBus()
-{
-    qputenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/dev/null");
-}
-
 QByteArray takeBytes(FuzzedDataProvider &input, int longest)
 {
     return QByteArray::fromStdString(input.ConsumeRandomLengthString(static_cast<std::size_t>(longest)));

@@ -16,9 +16,6 @@ void requireEqual(const QString &is, const QString &mustBe, const char *what);
 void requireEqual(const QByteArray &is, const QByteArray &mustBe, const char *what);
 void requireEqual(qint64 is, qint64 mustBe, const char *what);
 
-/// Lets this program find no system bus. Before the first use of it.
-void stayOffTheBus();
-
 /// Up to @p longest bytes of the input.
 QByteArray takeBytes(FuzzedDataProvider &input, int longest);
 /// The same as text: what is no UTF-8 in it becomes replacement characters.
