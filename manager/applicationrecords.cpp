@@ -5,6 +5,7 @@
 #include "qwixtapplicationmanager.h"
 
 #include <QDebug>
+#include <QSet>
 
 #include <utility>
 
@@ -96,8 +97,9 @@ void QWixtApplicationManager::removeApplicationsWithoutWidget()
     if (debugLogEnabled()) {
         qDebug().noquote() << installedWidgets.join(QStringLiteral(", "));
     }
+    const QSet<QString> installed(installedWidgets.cbegin(), installedWidgets.cend());
     for (const RemoteApplication *application : std::as_const(remoteApplications)) {
-        if (!installedWidgets.contains(application->identifier)) {
+        if (!installed.contains(application->identifier)) {
             logDebug("QWixtApplicationManager: There are no widget with id %s",
                      qPrintable(application->identifier));
             deleteApplication(application->appId, application->identifier, application->type);
