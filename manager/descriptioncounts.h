@@ -16,6 +16,8 @@ public:
 
     bool isEmpty() const { return counts.empty(); }
 
+    void clear() { counts.clear(); }
+
     void increase(const RemoteTaskDescription &descr) { ++counts[descr]; }
 
     /// A description whose count is 0 is ignored.

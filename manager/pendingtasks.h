@@ -8,6 +8,9 @@
 
 /// The descriptions that wait or run, in the order of arrival. Counting equal ones takes constant time on
 /// average; removing one takes time in proportion to the number of those before it.
+///
+/// A walk from the front to the back may take its time: it meets what is appended meanwhile, and meets
+/// nothing twice and misses nothing when others are removed. There is one walk; another start begins it anew.
 class PendingTasks
 {
 public:
@@ -35,13 +38,40 @@ public:
     /// Removes the first that is equal, if there is one.
     void removeOne(const RemoteTaskDescription &descr)
     {
-        if (contains(descr)) {
-            order.removeOne(descr);
-            counts.decrease(descr);
+        if (!contains(descr)) {
+            return;
+        }
+        const auto index = order.indexOf(descr);
+        order.removeAt(index);
+        counts.decrease(descr);
+        if (index < walked) {
+            --walked;
+            walkedCounts.decrease(descr);
         }
     }
+
+    void startWalk()
+    {
+        walked = 0;
+        walkedCounts.clear();
+    }
+
+    bool isWalkDone() const { return walked == order.size(); }
+
+    /// The next description; the walk must not be done.
+    RemoteTaskDescription walkOn()
+    {
+        const RemoteTaskDescription descr = order.at(walked++);
+        walkedCounts.increase(descr);
+        return descr;
+    }
+
+    /// How many equal ones the walk has met.
+    int walkedCount(const RemoteTaskDescription &descr) const { return walkedCounts.of(descr); }
 
 private:
     QList<RemoteTaskDescription> order;
     DescriptionCounts counts;
+    decltype(order.size()) walked = 0; ///< the first ones, as many, are behind the walk
+    DescriptionCounts walkedCounts;
 };

@@ -99,6 +99,8 @@ protected:
     RemoteTaskWithDescription *createStoredTask(const RemoteTaskDescription &descr);
     bool submit(const RemoteTaskDescription &descr);
     void processRequests();
+    void handOverSlice();
+    void handOver(const RemoteTaskDescription &descr);
     void run(RemoteTaskWithDescription *task);
     void runWhatIsDue(RemoteTaskWithDescription *task);
     void removeAllTasksFromWorker();
@@ -132,8 +134,9 @@ protected:
     DescriptionCounts outstandingRuns;     ///< runs handed to the worker whose results are still to come
     QMap<RemoteTaskWithDescription *, QTimer *> retryTimers;
     QTimer *refreshTimer;
-    PendingTasks pendingTasks; ///< waiting or running, in the order of arrival
-    bool queueWasLong = false; ///< since it was empty; its memory is then given back to the system
+    PendingTasks pendingTasks;  ///< waiting or running, in the order of arrival
+    bool sliceIsPosted = false; ///< more of a long queue is handed over at the event loop's next turn
+    bool queueWasLong = false;  ///< since it was empty; its memory is then given back to the system
     QStringList installedWidgets;
     QString apiKey;
     QString serial;

@@ -23,6 +23,7 @@ using namespace std::chrono_literals;
 namespace
 {
 constexpr auto retryDelay = 5s;
+constexpr int sliceLength = 50;    // requests that are handed over before the event loop has its turn
 constexpr int longQueue = 100;     // requests; each holds about 5 KB while it is under way
 constexpr auto disposalDelay = 1s; // the last task goes home and is deleted well within it
 
@@ -88,7 +89,8 @@ RemoteTaskWithDescription *QWixtApplicationManager::createStoredTask(const Remot
     return task;
 }
 
-/// Queues a description. In Ready it goes to the worker at once, and true is returned.
+/// Queues a description. In Ready it goes to the worker, and true is returned: at once, or when all that was
+/// queued before it has gone.
 bool QWixtApplicationManager::submit(const RemoteTaskDescription &descr)
 {
     pendingTasks.append(descr);
@@ -96,7 +98,9 @@ bool QWixtApplicationManager::submit(const RemoteTaskDescription &descr)
     if (state != Ready) {
         return false;
     }
-    run(createStoredTask(descr));
+    if (!sliceIsPosted) {
+        run(createStoredTask(descr));
+    }
     return true;
 }
 
@@ -114,24 +118,46 @@ void QWixtApplicationManager::processRequests()
         return;
     }
     logDebug("QWixtApplicationManager: Start process requests");
-    DescriptionCounts met;
-    const QList<RemoteTaskDescription> descriptions = pendingTasks.inOrder();
-    for (const RemoteTaskDescription &descr : descriptions) {
-        met.increase(descr);
-        RemoteTaskWithDescription *task = tasksByDescription.find(descr);
+    pendingTasks.startWalk();
+    handOverSlice();
+}
+
+/// Making ten thousand tasks takes about a second, and nobody on the bus is to wait for that. So the event
+/// loop has its turn after each slice. What is asked meanwhile is not handed over before what was asked
+/// earlier.
+void QWixtApplicationManager::handOverSlice()
+{
+    if (state != Ready) {
+        return; // the next entry to Ready begins anew
+    }
+    for (int count = 0; count < sliceLength && !pendingTasks.isWalkDone(); ++count) {
+        handOver(pendingTasks.walkOn());
+    }
+    if (!pendingTasks.isWalkDone() && !sliceIsPosted) {
+        sliceIsPosted = true;
+        const auto handOverNext = [this] {
+            sliceIsPosted = false;
+            handOverSlice();
+        };
+        QMetaObject::invokeMethod(this, handOverNext, Qt::QueuedConnection);
+    }
+}
+
+void QWixtApplicationManager::handOver(const RemoteTaskDescription &descr)
+{
+    RemoteTaskWithDescription *task = tasksByDescription.find(descr);
+    if (task == nullptr) {
+        task = createStoredTask(descr);
         if (task == nullptr) {
-            task = createStoredTask(descr);
-            if (task == nullptr) {
-                logWarning("QWixtApplicationManager: unknown task description");
-                continue;
-            }
-        } else if (worker->containsTask(task) || retryTimers.contains(task)) {
-            continue;
+            logWarning("QWixtApplicationManager: unknown task description");
+            return;
         }
-        // Each of several equal deletions is a request of its own; those on their way already count.
-        if (outstandingRuns.of(descr) < met.of(descr)) {
-            run(task);
-        }
+    } else if (worker->containsTask(task) || retryTimers.contains(task)) {
+        return;
+    }
+    // Each of several equal deletions is a request of its own; those on their way already count.
+    if (outstandingRuns.of(descr) < pendingTasks.walkedCount(descr)) {
+        run(task);
     }
 }
 
