@@ -1,36 +1,17 @@
 #include "frontserver.h"
 
-#include "lastingport.h"
-
-#include <QElapsedTimer>
-#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QTcpSocket>
 
 namespace
 {
-constexpr int startTimeoutMs = 10000;
-constexpr int stopTimeoutMs = 5000;
-constexpr int connectTimeoutMs = 200;
-
 // A status of 444 from the developer server becomes a stream that is reset without an answer. Nothing is sent
 // to the developer server a second time.
-const char configuration[] = R"(daemon off;
-master_process off;
-pid nginx.pid;
-error_log error.log;
-events { worker_connections 64; }
-http {
-  log_format runs escape=json '{"id":"$request_id","end":"$msec","took":"$request_time",'
+const char configuration[] =
+    R"(  log_format runs escape=json '{"id":"$request_id","end":"$msec","took":"$request_time",'
     '"method":"$request_method","body":"$request_body","protocol":"$server_protocol","status":"$status",'
     '"length":"$upstream_http_content_length","received":"$upstream_response_length"}';
   access_log access.log runs;
-  client_body_temp_path body;
-  proxy_temp_path proxy;
-  fastcgi_temp_path fastcgi;
-  uwsgi_temp_path uwsgi;
-  scgi_temp_path scgi;
   reset_timedout_connection on;
   server {
     listen 127.0.0.1:%1 ssl http2;
@@ -45,7 +26,6 @@ http {
     }
     location @reset { return 444; }
   }
-}
 )";
 
 qint64 milliseconds(const QJsonValue &seconds)
@@ -71,91 +51,20 @@ FrontRun runOf(const QByteArray &line)
 }
 } // namespace
 
-FrontServer::FrontServer(const QString &directory_, const QString &certificate, const QString &key,
+FrontServer::FrontServer(const QString &place, const QString &certificate, const QString &key,
                          quint16 backendPort)
-    : directory(directory_)
-    , boundPort(LastingPort::find())
+    : Nginx(place)
 {
-    QFile file(directory.filePath(QStringLiteral("nginx.conf")));
-    if (!file.open(QIODevice::WriteOnly)) {
-        qFatal("cannot write %s", qPrintable(file.fileName()));
-    }
-    file.write(QString::fromLatin1(configuration)
-                   .arg(QString::number(boundPort), certificate, key, QString::number(backendPort))
-                   .toUtf8());
-}
-
-FrontServer::~FrontServer()
-{
-    stop(End::Killed);
-}
-
-bool FrontServer::start()
-{
-    // setpriv has it killed with the test program, however that ends.
-    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    process.start(QStringLiteral("setpriv"),
-                  {QStringLiteral("--pdeathsig"), QStringLiteral("KILL"), QStringLiteral("nginx"),
-                   QStringLiteral("-e"), QStringLiteral("error.log"), QStringLiteral("-c"),
-                   QStringLiteral("nginx.conf"), QStringLiteral("-p"), directory.path() + QLatin1Char('/')});
-    QElapsedTimer elapsed;
-    elapsed.start();
-    while (elapsed.elapsed() < startTimeoutMs && process.state() != QProcess::NotRunning) {
-        if (takesConnections()) {
-            return true;
-        }
-        process.waitForFinished(10);
-    }
-    qWarning("nginx does not start: %s; see error.log in %s", qPrintable(process.errorString()),
-             qPrintable(directory.path()));
-    return false;
-}
-
-void FrontServer::stop(End how)
-{
-    if (!isRunning()) {
-        return;
-    }
-    if (how == End::Killed) {
-        process.kill();
-    } else {
-        process.terminate();
-    }
-    process.waitForFinished(stopTimeoutMs);
-}
-
-bool FrontServer::isRunning() const
-{
-    return process.state() != QProcess::NotRunning;
-}
-
-quint16 FrontServer::port() const
-{
-    return boundPort;
+    configure(QString::fromLatin1(configuration)
+                  .arg(QString::number(port()), certificate, key, QString::number(backendPort)));
 }
 
 QList<FrontRun> FrontServer::newRuns()
 {
-    QFile log(directory.filePath(QStringLiteral("access.log")));
-    if (!log.open(QIODevice::ReadOnly) || !log.seek(logRead)) {
-        return {};
-    }
-    const QByteArray text = log.readAll();
-    const auto wholeLines = text.lastIndexOf('\n') + 1;
-    logRead += wholeLines;
     QList<FrontRun> runs;
-    const QList<QByteArray> lines = text.left(wholeLines).split('\n');
+    const QList<QByteArray> lines = newLogLines();
     for (const QByteArray &line : lines) {
-        if (!line.isEmpty()) {
-            runs.append(runOf(line));
-        }
+        runs.append(runOf(line));
     }
     return runs;
-}
-
-bool FrontServer::takesConnections() const
-{
-    QTcpSocket probe;
-    probe.connectToHost(QStringLiteral("127.0.0.1"), boundPort);
-    return probe.waitForConnected(connectTimeoutMs);
 }
