@@ -1,0 +1,42 @@
+#!/bin/bash
+# bench.sh [--smoke] [--json FILE] [GROUP...]: measures what the daemon costs, each figure beside a floor that is measured
+#   in the same run, and prints one table; FILE may be - for JSON in place of the table. Takes some minutes, and needs a
+#   machine that does nothing else. --smoke takes all of them once, small and without a judgement.
+# Installs what is missing, and builds the preset release. Ends with 1 when a figure cannot be taken.
+set -euo pipefail
+. "$(dirname "$0")/lib.sh"
+
+programs=$ROOT/build/release/bench-programs
+
+# Debian's nginx starts a service of its own when it is installed; nothing here uses that.
+prepare() {
+    install_packages_of release nginx binutils
+    require_sandbox
+    if ! grep -qx 'QWIXTD_BUILD_BENCH:BOOL=ON' "$ROOT/build/release/CMakeCache.txt" 2>/dev/null; then
+        mkdir -p "$ROOT/build/release"
+        with_progress "configuring release" flock "$ROOT/build/release/.lock" \
+            cmake -S "$ROOT" --preset release -DQWIXTD_BUILD_BENCH=ON || die "cannot configure release"
+    fi
+    build release "$@"
+}
+
+smoke() {
+    scratch=$(mktemp -d "${TMPDIR:-/tmp}/qwixtd-bench.XXXXXX")
+    trap 'rm -rf "$scratch"' EXIT
+    "$programs/qwixtd_bench" --smoke --json "$scratch/figures.json"
+    grep -q '"rows"' "$scratch/figures.json" || die "the figures are not in their file"
+}
+
+# Not every user looks for programs where nginx is.
+PATH=$PATH:/usr/sbin
+case ${1-} in
+--smoke)
+    [ $# -eq 1 ] || die "--smoke stands alone"
+    prepare qwixtd_bench
+    smoke
+    ;;
+*)
+    prepare qwixtd_bench
+    exec "$programs/qwixtd_bench" "$@"
+    ;;
+esac
