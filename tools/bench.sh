@@ -1,7 +1,9 @@
 #!/bin/bash
 # bench.sh [--smoke] [--json FILE] [GROUP...]: measures what the daemon costs, each figure beside a floor that is measured
 #   in the same run, and prints one table; FILE may be - for JSON in place of the table. Takes some minutes, and needs a
-#   machine that does nothing else. --smoke takes all of them once, small and without a judgement.
+#   machine that does nothing else. --smoke takes everything below once, small and without a judgement.
+# bench.sh fleet [--devices N] [--requests N] [--outage SECONDS] [--plot FILE]: many daemons and one server: all boot at
+#   once, an outage while requests wait, and the recovery.
 # Installs what is missing, and builds the preset release. Ends with 1 when a figure cannot be taken.
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
@@ -25,14 +27,20 @@ smoke() {
     trap 'rm -rf "$scratch"' EXIT
     "$programs/qwixtd_bench" --smoke --json "$scratch/figures.json"
     grep -q '"rows"' "$scratch/figures.json" || die "the figures are not in their file"
+    "$programs/qwixtd_fleet" --devices 3 --requests 2 --outage 6 --plot "$scratch/fleet.svg"
+    grep -q '</svg>' "$scratch/fleet.svg" || die "the plot is not in its file"
 }
 
 # Not every user looks for programs where nginx is.
 PATH=$PATH:/usr/sbin
 case ${1-} in
+fleet)
+    prepare qwixtd_fleet
+    exec "$programs/qwixtd_fleet" "${@:2}"
+    ;;
 --smoke)
     [ $# -eq 1 ] || die "--smoke stands alone"
-    prepare qwixtd_bench
+    prepare qwixtd_bench qwixtd_fleet
     smoke
     ;;
 *)

@@ -1,4 +1,5 @@
 #include "measures.h"
+#include "plot.h"
 #include "report.h"
 
 #include <QJsonArray>
@@ -23,6 +24,7 @@ private Q_SLOTS:
     void quantileOfNothing_cannotBeMeasured();
     void processThatIsNotThere_cannotBeMeasured();
     void ownProcess_isMeasured();
+    void plot_hasABarForEachSecond();
 };
 
 void TestBenchReport::row_isJudgedByItsTarget_data()
@@ -141,6 +143,25 @@ void TestBenchReport::ownProcess_isMeasured()
     QVERIFY(Measure::mainThreadProcessorNs(self) > threadBefore);
     QVERIFY(Measure::privateDirtyBytes(self) >= memoryBefore + static_cast<double>(written.size()));
     QVERIFY(Measure::contextSwitches(self) > switchesBefore);
+}
+
+void TestBenchReport::plot_hasABarForEachSecond()
+{
+    Plot plot;
+    plot.title = QStringLiteral("a < b");
+    plot.marks = {{1, QStringLiteral("outage")}};
+
+    plot.count(0, true);
+    plot.count(2, false);
+    plot.count(2, true);
+
+    QCOMPARE(plot.done, QVector<int>({1, 0, 1}));
+    QCOMPARE(plot.failed, QVector<int>({0, 0, 1}));
+    QCOMPARE(plot.largest(), 2);
+    const QByteArray svg = plot.svg();
+    QVERIFY(svg.contains("a &lt; b"));
+    QVERIFY(svg.contains(">outage</text>"));
+    QVERIFY(svg.endsWith("</svg>\n"));
 }
 
 QTEST_GUILESS_MAIN(TestBenchReport)

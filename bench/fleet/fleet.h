@@ -1,0 +1,80 @@
+#pragma once
+
+#include "device.h"
+#include "fleetserver.h"
+#include "plot.h"
+#include "wiremeter.h"
+
+#include <QElapsedTimer>
+#include <QObject>
+
+#include <memory>
+#include <vector>
+
+/// One device of the fleet, with a count of what its daemon announced.
+class FleetDevice : public QObject
+{
+    Q_OBJECT
+public:
+    explicit FleetDevice(const QString &remoteId);
+
+    Device &device();
+    int registeredCount() const;
+    bool hasList() const;
+
+private Q_SLOTS:
+    void noteRegistered();
+
+private:
+    Device ownDevice;
+    int registered = 0;
+};
+
+/// What one step of the fleet asked of the server.
+struct FleetStep {
+    QString name;
+    double inStepSeconds =
+        0; ///< until the last device had what it asked for; 0 when that is not the step's aim
+    double seconds = 0;
+    int requests = 0;
+    int handshakes = 0;
+    int resumed = 0; ///< of these, those that went on with an earlier session
+    int busiestSecond = 0;
+    double processorMsOfDevice = 0; ///< of the server's front
+    double bytesOfRequest = 0;      ///< on the wire, as one device's requests show
+};
+
+/// Many devices and one server. Each step returns what it took; functions throw CannotMeasure.
+class Fleet
+{
+public:
+    /// After all is done, boot and recovery go on for @p pauseMs: what does a fleet ask for that has nothing
+    /// to do?
+    Fleet(int devices, int pauseMs);
+
+    /// All devices see the internet at one moment, and ask for their lists.
+    FleetStep boot();
+    /// The server fails for @p seconds, and at its beginning each device is asked for @p requests
+    /// registrations.
+    FleetStep outage(int seconds, int requests);
+    /// The server is back, until all is done.
+    FleetStep recover(int requests);
+    Plot plot();
+
+private:
+    void begin(const QString &name);
+    FleetStep end(double inStepSeconds);
+    double secondsOfStep() const;
+    void countRequests(FleetStep &step);
+
+    const int pauseMs;
+    FleetServer server;
+    WireMeter meter;
+    std::vector<std::unique_ptr<FleetDevice>> devices;
+    QString stepName;
+    QElapsedTimer stepTime;
+    double stepBeginMs = 0;
+    int requestsBefore = 0;
+    qint64 processorBefore = 0;
+    QVector<QPair<double, QString>> begins;
+};

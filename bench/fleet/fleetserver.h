@@ -1,0 +1,46 @@
+#pragma once
+
+#include "developerserver.h"
+#include "nginx.h"
+
+#include <QTemporaryDir>
+#include <QVector>
+
+/// One request as the front of the server saw it.
+struct FleetRequest {
+    double endMs = 0; ///< milliseconds since the epoch
+    qint64 connection = 0;
+    bool isResumed = false; ///< the client came with a session of an earlier connection
+    int status = 0;
+    QByteArray method;
+};
+
+/// The developer server behind a real nginx that ends TLS and HTTP/2.
+class FleetServer
+{
+public:
+    /// @p apiKey is what requests must carry. Throws CannotMeasure.
+    explicit FleetServer(const QString &apiKey);
+
+    quint16 port() const;
+    /// "127.0.0.1:PORT"
+    QString host() const;
+    /// Nanoseconds of processor time of the front so far.
+    qint64 processorNs() const;
+
+    /// The developer server goes away: the front answers 502.
+    void fail();
+    void recover();
+    /// How many applications the developer server holds.
+    int applicationCount() const;
+
+    /// All requests so far.
+    QVector<FleetRequest> requests();
+
+private:
+    const QTemporaryDir directory;
+    DeveloperServer developer;
+    Nginx front;
+    quint16 developerPort = 0;
+    QVector<FleetRequest> seen;
+};
