@@ -3,10 +3,15 @@
 #include <QDir>
 #include <QFile>
 
+#include <csignal>
+
 namespace
 {
-constexpr int startTimeoutMs = 10000;
-constexpr int stopTimeoutMs = 5000;
+QByteArray readLine(std::FILE *file)
+{
+    char line[500];
+    return QByteArray(std::fgets(line, sizeof line, file)).trimmed();
+}
 } // namespace
 
 PrivateBus::PrivateBus()
@@ -28,22 +33,20 @@ bool PrivateBus::start()
         qWarning("cannot copy %s to %s", QWIXTD_BUS_CONFIGURATION, qPrintable(configuration));
         return false;
     }
-    // setpriv has the daemon killed with the test program, however that ends.
-    daemon.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    daemon.start(QStringLiteral("setpriv"),
-                 {QStringLiteral("--pdeathsig"), QStringLiteral("KILL"), QStringLiteral("dbus-daemon"),
-                  QStringLiteral("--nofork"), QStringLiteral("--nosyslog"),
-                  QStringLiteral("--print-address=1"), QStringLiteral("--config-file=%1").arg(configuration),
-                  QStringLiteral("--address=unix:path=%1").arg(directory.filePath(QStringLiteral("bus")))});
-    QByteArray line;
-    while (!line.endsWith('\n')) {
-        if (!daemon.waitForReadyRead(startTimeoutMs)) {
-            qWarning("the private bus did not start: %s", qPrintable(daemon.errorString()));
-            return false;
-        }
-        line += daemon.readAllStandardOutput();
+    // Not by QProcess, which cannot start a program where the processor is emulated (qemu-user). setpriv has
+    // the daemon killed with the test program, however that ends.
+    const QString command =
+        QStringLiteral("exec setpriv --pdeathsig KILL dbus-daemon --nofork --nosyslog --print-address=1 "
+                       "--print-pid=1 '--config-file=%1' '--address=unix:path=%2'")
+            .arg(configuration, directory.filePath(QStringLiteral("bus")));
+    daemon = ::popen(qPrintable(command), "re");
+    busAddress = daemon ? QString::fromUtf8(readLine(daemon)) : QString();
+    daemonId = daemon ? readLine(daemon).toInt() : 0;
+    if (daemonId <= 0) {
+        qWarning("the private bus did not start: %s", qPrintable(command));
+        stop();
+        return false;
     }
-    busAddress = QString::fromUtf8(line).trimmed();
     return true;
 }
 
@@ -54,10 +57,14 @@ bool PrivateBus::startAsSystemBus()
 
 void PrivateBus::stop()
 {
-    if (daemon.state() != QProcess::NotRunning) {
-        daemon.kill();
-        daemon.waitForFinished(stopTimeoutMs);
+    if (daemonId > 0) {
+        ::kill(daemonId, SIGKILL);
     }
+    if (daemon) {
+        ::pclose(daemon);
+    }
+    daemon = nullptr;
+    daemonId = 0;
 }
 
 QString PrivateBus::address() const
@@ -67,7 +74,7 @@ QString PrivateBus::address() const
 
 qint64 PrivateBus::processId() const
 {
-    return daemon.processId();
+    return daemonId;
 }
 
 QString PrivateBus::servicesDirectory() const

@@ -1,8 +1,9 @@
 #pragma once
 
-#include <QProcess>
 #include <QString>
 #include <QTemporaryDir>
+
+#include <cstdio>
 
 /// A dbus-daemon of the test's own, with a policy that allows everything. It ends with this object, and with
 /// the test program however that ends.
@@ -28,6 +29,7 @@ public:
 
 private:
     QTemporaryDir directory;
-    QProcess daemon;
+    std::FILE *daemon = nullptr; ///< what it writes; null while there is none
+    int daemonId = 0;
     QString busAddress;
 };
