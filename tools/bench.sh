@@ -2,8 +2,8 @@
 # bench.sh [--smoke] [--json FILE] [GROUP...]: measures what the daemon costs, each figure beside a floor that is measured
 #   in the same run, and prints one table; FILE may be - for JSON in place of the table. Takes some minutes, and needs a
 #   machine that does nothing else. --smoke takes everything below once, small and without a judgement.
-# bench.sh fleet [--devices N] [--requests N] [--outage SECONDS] [--plot FILE]: many daemons and one server: all boot at
-#   once, an outage while requests wait, and the recovery.
+# bench.sh fleet [--devices N] [--requests N] [--outage SECONDS] [--hold SECONDS] [--plot FILE]: many daemons and one
+#   server: all boot at once, an outage while requests wait, and the recovery.
 # bench.sh micro [OPTION...]: small parts of the daemon by time and by instructions; the options are Google Benchmark's.
 # Installs what is missing, and builds the preset release. Ends with 1 when a figure cannot be taken.
 set -euo pipefail

@@ -84,10 +84,10 @@ FleetStep Fleet::boot()
     return end(inStep);
 }
 
-FleetStep Fleet::outage(int seconds, int requests)
+FleetStep Fleet::outage(int seconds, int holdSeconds, int requests)
 {
     begin(QStringLiteral("outage"));
-    server.fail();
+    server.fail(holdSeconds);
     for (const auto &device : devices) {
         device->device().registerWidgets(1, requests);
     }
@@ -139,8 +139,7 @@ Plot Fleet::plot()
 void Fleet::begin(const QString &name)
 {
     stepName = name;
-    stepBeginMs = nowMs();
-    begins.append({stepBeginMs, name});
+    begins.append({nowMs(), name});
     requestsBefore = static_cast<int>(server.requests().size());
     processorBefore = server.processorNs();
     meter.take();
@@ -171,11 +170,12 @@ void Fleet::countRequests(FleetStep &step)
 {
     const QVector<FleetRequest> requests = server.requests().mid(requestsBefore);
     QSet<qint64> connections;
+    const double fleetBeginMs = begins.first().first;
     Plot seconds;
     for (const FleetRequest &request : requests) {
         connections.insert(request.connection);
         step.resumed += request.isResumed ? 1 : 0;
-        seconds.count(std::max(0, static_cast<int>((request.endMs - stepBeginMs) / msPerSecond)),
+        seconds.count(std::max(0, static_cast<int>((request.endMs - fleetBeginMs) / msPerSecond)),
                       isSuccess(request));
     }
     step.requests = static_cast<int>(requests.size());

@@ -54,9 +54,9 @@ public:
 
     /// All devices see the internet at one moment, and ask for their lists.
     FleetStep boot();
-    /// The server fails for @p seconds, and at its beginning each device is asked for @p requests
-    /// registrations.
-    FleetStep outage(int seconds, int requests);
+    /// The server fails for @p seconds, each time at once or after @p holdSeconds; at the beginning each
+    /// device is asked for @p requests registrations.
+    FleetStep outage(int seconds, int holdSeconds, int requests);
     /// The server is back, until all is done.
     FleetStep recover(int requests);
     Plot plot();
@@ -73,8 +73,7 @@ private:
     std::vector<std::unique_ptr<FleetDevice>> devices;
     QString stepName;
     QElapsedTimer stepTime;
-    double stepBeginMs = 0;
     int requestsBefore = 0;
     qint64 processorBefore = 0;
-    QVector<QPair<double, QString>> begins;
+    QVector<QPair<double, QString>> begins; ///< of each step, in milliseconds since the epoch
 };

@@ -6,6 +6,9 @@
 
 namespace
 {
+constexpr int serviceUnavailable = 503;
+constexpr int msPerSecond = 1000;
+
 const char configuration[] = R"(
   log_format fleet '$msec $connection $ssl_session_reused $status $request_method';
   access_log access.log fleet;
@@ -57,14 +60,21 @@ qint64 FleetServer::processorNs() const
     return Measure::processorNs(front.processId());
 }
 
-void FleetServer::fail()
+void FleetServer::fail(int holdSeconds)
 {
-    developer.stop();
+    if (holdSeconds == 0) {
+        developer.stop();
+        return;
+    }
+    ServerFault fault = ServerFault::withStatus(serviceUnavailable);
+    fault.delayMs = holdSeconds * msPerSecond;
+    developer.failAlways(fault);
 }
 
 void FleetServer::recover()
 {
-    require(developer.start(developerPort), developer.errorText());
+    developer.clearFaults();
+    require(developer.isRunning() || developer.start(developerPort), developer.errorText());
 }
 
 int FleetServer::applicationCount() const

@@ -28,8 +28,9 @@ public:
     /// Nanoseconds of processor time of the front so far.
     qint64 processorNs() const;
 
-    /// The developer server goes away: the front answers 502.
-    void fail();
+    /// From now on every request fails: with 502 at once because the developer server is away, or when
+    /// @p holdSeconds is above 0, with 503 after that time.
+    void fail(int holdSeconds);
     void recover();
     /// How many applications the developer server holds.
     int applicationCount() const;

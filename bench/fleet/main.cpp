@@ -1,7 +1,7 @@
-// qwixtd_fleet [--devices N] [--requests N] [--outage SECONDS] [--plot FILE]: many daemons, each on a bus of
-// its own, and one server: all boot at once, an outage while requests wait on each, and the recovery. Prints
-// what each step asked of the server, and writes requests a second over time as an SVG file. Ends with 1 when
-// something cannot be measured or a request is lost or done twice.
+// qwixtd_fleet [--devices N] [--requests N] [--outage SECONDS] [--hold SECONDS] [--plot FILE]: many daemons,
+// each on a bus of its own, and one server: all boot at once, an outage while requests wait on each, and the
+// recovery. Prints what each step asked of the server, and writes requests a second over time as an SVG file.
+// Ends with 1 when something cannot be measured or a request is lost or done twice.
 
 #include "fleet.h"
 #include "measures.h"
@@ -20,6 +20,7 @@ struct Plan {
     int devices;
     int requests;
     int outageSeconds;
+    int holdSeconds;
     QString plotPath;
 };
 
@@ -42,10 +43,11 @@ Plan planOf(const QCoreApplication &application)
     add("devices", "How many devices (100).", "N", "100");
     add("requests", "How many registrations wait on each during the outage (10).", "N", "10");
     add("outage", "How long the server fails (30).", "SECONDS", "30");
+    add("hold", "How long the failing server holds each answer back (0).", "SECONDS", "0");
     add("plot", "Where the plot goes.", "FILE", "");
     parser.process(application);
     return {numberOf(parser, "devices"), numberOf(parser, "requests"), numberOf(parser, "outage"),
-            parser.value(QStringLiteral("plot"))};
+            parser.value(QStringLiteral("hold")).toInt(), parser.value(QStringLiteral("plot"))};
 }
 
 void show(const FleetStep &step)
@@ -66,7 +68,7 @@ void run(const Plan &plan)
     std::fprintf(stderr, "fleet: starting %d devices\n", plan.devices);
     Fleet fleet(plan.devices, plan.outageSeconds * pauseMsASecond);
     show(fleet.boot());
-    show(fleet.outage(plan.outageSeconds, plan.requests));
+    show(fleet.outage(plan.outageSeconds, plan.holdSeconds, plan.requests));
     show(fleet.recover(plan.requests));
     if (plan.plotPath.isEmpty()) {
         return;
