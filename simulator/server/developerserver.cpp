@@ -49,6 +49,20 @@ void DeveloperServer::clearFaults()
     releaseHeldAnswers();
 }
 
+QStringList DeveloperServer::faultTexts() const
+{
+    QStringList texts;
+    for (const auto &[count, fault] : nextFaults) {
+        texts.append(QStringLiteral("next %1: %2").arg(count).arg(fault.text()));
+    }
+    const bool isFault = lastingFault.kind != ServerFault::Kind::Delay || lastingFault.delayMs > 0;
+    if (isFault) {
+        texts.append((texts.isEmpty() ? QStringLiteral("all: ") : QStringLiteral("then all: ")) +
+                     lastingFault.text());
+    }
+    return texts;
+}
+
 HttpAnswer DeveloperServer::ordinaryAnswer(const HttpRequest &request)
 {
     return takeFault().answer([&] { return endpoint.answer(request); });

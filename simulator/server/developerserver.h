@@ -4,6 +4,8 @@
 #include "httpserver.h"
 #include "serverfault.h"
 
+#include <QStringList>
+
 #include <deque>
 #include <utility>
 
@@ -30,6 +32,8 @@ public:
     void failAlways(const ServerFault &fault);
     /// No more faults; answers that are held back go out at once.
     void clearFaults();
+    /// The faults to come, in their order and in words: "next 2: status 503", "all: ...".
+    QStringList faultTexts() const;
 
 protected:
     HttpAnswer ordinaryAnswer(const HttpRequest &request) override;

@@ -30,10 +30,14 @@ QByteArray wholeTextOf(const HttpAnswer &answer)
         return head + "\r\n\r\n";
     }
     head += "\r\nContent-Type: " + answer.contentType;
+    if (!answer.headers.isEmpty()) {
+        head += "\r\n" + answer.headers.chopped(2);
+    }
     switch (answer.framing) {
     case HttpAnswer::Framing::Chunked:
         return head + "\r\nTransfer-Encoding: chunked\r\n\r\n" + inChunks(answer.body);
     case HttpAnswer::Framing::Endless:
+    case HttpAnswer::Framing::Streamed:
         return head + "\r\n\r\n" + answer.body;
     case HttpAnswer::Framing::WithLength:
         break;

@@ -2,6 +2,8 @@
 
 #include <QByteArray>
 
+#include <functional>
+
 /// What a server answers to one request, and what becomes of the connection then.
 struct HttpAnswer {
     enum class Framing {
@@ -9,7 +11,9 @@ struct HttpAnswer {
         /// The body goes out in chunks of a few bytes each.
         Chunked,
         /// No length is announced and the body is repeated until the client goes.
-        Endless
+        Endless,
+        /// No length is announced, and what source gives follows the body until the client goes.
+        Streamed
     };
     enum class Ending {
         /// The client decides how long the connection lasts.
@@ -26,9 +30,14 @@ struct HttpAnswer {
     int status = 200;
     QByteArray body;
     QByteArray contentType = "application/json";
+    /// Further header lines, each with its line end.
+    QByteArray headers;
     /// When not empty, goes out as it stands in place of what status, type, body and framing would make.
     QByteArray wholeText;
     Framing framing = Framing::WithLength;
+    /// Of a streamed answer: the next bytes; empty when there are none yet. Asked again when all that it gave
+    /// has been sent, and at HttpServer::wakeStreams(), so that a slow client makes nothing pile up.
+    std::function<QByteArray()> source;
     Ending ending = Ending::KeepOpen;
     /// How long the answer is held back.
     int delayMs = 0;

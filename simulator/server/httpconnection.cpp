@@ -10,9 +10,10 @@ namespace
 constexpr int repeatedSize = 64 * 1024;
 } // namespace
 
-HttpConnection::HttpConnection(QTcpSocket *socket_, QObject *parent)
+HttpConnection::HttpConnection(QTcpSocket *socket_, int largestBody, QObject *parent)
     : QObject(parent)
     , socket(socket_)
+    , reader(largestBody)
 {
     socket->setParent(this);
     connect(socket, &QTcpSocket::readyRead, this, &HttpConnection::readWhatIsThere);
@@ -39,6 +40,7 @@ void HttpConnection::send(const HttpAnswer &answer)
     isAwaitingAnswer = false;
     isSending = true;
     repeated.clear();
+    source = answer.framing == HttpAnswer::Framing::Streamed ? answer.source : nullptr;
     if (answer.framing == HttpAnswer::Framing::Endless) {
         const QByteArray block = answer.body.isEmpty() ? QByteArray(1, ' ') : answer.body;
         repeated = block.repeated(repeatedSize / static_cast<int>(block.size()) + 1);
@@ -93,6 +95,13 @@ void HttpConnection::goOn()
     }
     if (!repeated.isEmpty()) {
         socket->write(repeated);
+        return;
+    }
+    if (source) {
+        const QByteArray next = source();
+        if (!next.isEmpty()) {
+            socket->write(next);
+        }
         return;
     }
     isSending = false;

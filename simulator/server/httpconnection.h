@@ -13,12 +13,15 @@ class HttpConnection : public QObject
     Q_OBJECT
 public:
     /// Takes @p socket over, which is connected or, with TLS, about to shake hands.
-    explicit HttpConnection(QTcpSocket *socket_, QObject *parent = nullptr);
+    /// A request with a body of more than @p largestBody bytes is none.
+    HttpConnection(QTcpSocket *socket_, int largestBody, QObject *parent = nullptr);
     ~HttpConnection() override;
 
     /// Answers the request that came last; how long it is to be held back is the caller's matter. The next
     /// one is taken once this is sent, if the connection is kept open.
     void send(const HttpAnswer &answer);
+    /// Sends what a streamed answer has now, unless the client has not taken the last of it yet.
+    void goOn();
     /// Closes at once, whatever is under way.
     void cutOff();
 
@@ -33,7 +36,6 @@ private:
     void checkHandshake();
     void readWhatIsThere();
     void takeRequest();
-    void goOn();
     bool isAllSent() const;
     void endAs(HttpAnswer::Ending how);
     void reset();
@@ -42,6 +44,7 @@ private:
     RequestReader reader;
     HttpAnswer::Ending ending = HttpAnswer::Ending::KeepOpen;
     QByteArray repeated;
+    std::function<QByteArray()> source;
     bool isAwaitingAnswer = false;
     bool isSending = false;
     bool hasFailed = false;

@@ -25,6 +25,8 @@ struct HttpRequest {
     /// 0 when there is no answer: none yet, or the connection was closed instead.
     int status = 0;
     QByteArray answerBody;
+    /// The answer's head and body as they went out, or the first 64 KiB of them.
+    QByteArray answerBytes;
     /// Counts the requests of one server, from 1.
     qint64 number = 0;
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <chrono>
 #include <deque>
+#include <limits>
 #include <map>
 
 namespace
@@ -20,6 +21,7 @@ struct Waiting {
 };
 
 const char address[] = "127.0.0.1";
+constexpr int largestAnswerKept = 64 * 1024;
 } // namespace
 
 class HttpServer::Private
@@ -51,6 +53,8 @@ public:
     QList<HttpRequest> log;
     qint64 requestsReceived = 0;
     int mostInFlight = 0;
+    int mostConnections = std::numeric_limits<int>::max();
+    int largestBody = std::numeric_limits<int>::max();
 };
 
 bool HttpServer::Private::listen(quint16 port)
@@ -68,7 +72,12 @@ bool HttpServer::Private::listen(quint16 port)
 
 void HttpServer::Private::adopt(QTcpSocket *socket)
 {
-    auto *const connection = new HttpConnection(socket, &q);
+    auto *const connection = new HttpConnection(socket, largestBody, &q);
+    if (connections.size() >= mostConnections) {
+        connection->cutOff();
+        connection->deleteLater();
+        return;
+    }
     connections.append(connection);
     connect(connection, &HttpConnection::received, &q,
             [this, connection](const HttpRequest &request) { take(connection, request); });
@@ -82,6 +91,7 @@ void HttpServer::Private::take(HttpConnection *connection, HttpRequest request)
     request.receivedAtMs = nowMs();
     request.othersInFlight = static_cast<int>(inFlight.size());
     log.append(request);
+    Q_EMIT q.received(request);
     const Waiting waiting{connection, request, answerFor(request)};
     inFlight.insert({request.number, waiting});
     mostInFlight = std::max(mostInFlight, static_cast<int>(inFlight.size()));
@@ -132,6 +142,7 @@ void HttpServer::Private::conclude(HttpRequest request, const HttpAnswer &answer
 {
     request.status = answer.status;
     request.answerBody = answer.body;
+    request.answerBytes = answer.text().left(largestAnswerKept);
     request.answeredAtMs = nowMs();
     // Mostly the last one; none when the list was cleared meanwhile.
     const auto logged = std::find_if(log.rbegin(), log.rend(), [&request](const HttpRequest &candidate) {
@@ -235,6 +246,24 @@ void HttpServer::releaseHeldAnswers()
     for (const auto &entry : waiting) {
         d->send(entry.first);
     }
+}
+
+void HttpServer::wakeStreams()
+{
+    const QList<HttpConnection *> open = d->connections;
+    for (HttpConnection *const connection : open) {
+        connection->goOn();
+    }
+}
+
+void HttpServer::setMostConnections(int count)
+{
+    d->mostConnections = count;
+}
+
+void HttpServer::setLargestBody(int size)
+{
+    d->largestBody = size;
 }
 
 QList<HttpRequest> HttpServer::requests() const

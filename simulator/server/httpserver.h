@@ -44,6 +44,12 @@ public:
     void setScript(const Script &script);
     /// Answers that are held back go out at once.
     void releaseHeldAnswers();
+    /// Streamed answers go on, if they have something to send.
+    void wakeStreams();
+    /// From now on a new client that would be one more than @p count is cut off at once.
+    void setMostConnections(int count);
+    /// From now on a request with a longer body is refused with 400, for clients that come afterwards.
+    void setLargestBody(int size);
 
     /// Every request so far, in the order of arrival, those without an answer included.
     QList<HttpRequest> requests() const;
@@ -55,6 +61,8 @@ public:
     static qint64 nowMs();
 
 Q_SIGNALS:
+    /// A request is whole, and about to be answered.
+    void received(const HttpRequest &request);
     /// The answer to this request is held back for @p delayMs.
     void held(const HttpRequest &request, int delayMs);
     /// A request was answered, or its connection was closed (status 0).

@@ -72,7 +72,8 @@ std::optional<HttpRequest> RequestReader::take()
         return std::nullopt;
     }
     HttpRequest request;
-    malformed = !readHead(buffer.left(headSize), request) || bodySize(request) < 0;
+    malformed =
+        !readHead(buffer.left(headSize), request) || bodySize(request) < 0 || bodySize(request) > largestBody;
     const auto bodyStart = headSize + endOfHead.size();
     if (malformed || buffer.size() - bodyStart < bodySize(request)) {
         return std::nullopt;

@@ -2,6 +2,7 @@
 
 #include "httprequest.h"
 
+#include <limits>
 #include <optional>
 
 /// Cuts the bytes of one connection into requests. A body needs a Content-Length: that is what curl sends
@@ -9,6 +10,12 @@
 class RequestReader
 {
 public:
+    /// A request whose body is longer than @p largestBody_ bytes is not understood.
+    explicit RequestReader(int largestBody_ = std::numeric_limits<int>::max())
+        : largestBody(largestBody_)
+    {
+    }
+
     void add(const QByteArray &bytes);
 
     /// The next request, once all of it is there.
@@ -17,6 +24,7 @@ public:
     bool isMalformed() const;
 
 private:
+    const int largestBody;
     QByteArray buffer;
     bool malformed = false;
 };

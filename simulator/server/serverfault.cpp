@@ -81,6 +81,31 @@ ServerFault ServerFault::withCutOffBody()
     return {Kind::CutOffBody, 0, 0};
 }
 
+QString ServerFault::text() const
+{
+    switch (kind) {
+    case Kind::Delay:
+        return QStringLiteral("%1 ms late").arg(delayMs);
+    case Kind::Status:
+        return QStringLiteral("status %1").arg(status);
+    case Kind::ClosedConnection:
+        return QStringLiteral("a closed connection");
+    case Kind::NoJson:
+        return QStringLiteral("a body that is no JSON");
+    case Kind::ResetConnection:
+        return QStringLiteral("a reset connection");
+    case Kind::OtherSuccess:
+        return QStringLiteral("done, with status %1").arg(status);
+    case Kind::EmptyBody:
+        return QStringLiteral("an empty body");
+    case Kind::LargeBody:
+        return QStringLiteral("a large body");
+    case Kind::CutOffBody:
+        return QStringLiteral("a body that is cut off");
+    }
+    return {};
+}
+
 HttpAnswer ServerFault::answer(const std::function<HttpAnswer()> &ordinary) const
 {
     HttpAnswer answer;

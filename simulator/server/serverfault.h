@@ -2,6 +2,8 @@
 
 #include "httpanswer.h"
 
+#include <QString>
+
 #include <functional>
 
 /// One way in which the developer server fails. A fault that only delays is followed by the ordinary answer.
@@ -40,6 +42,9 @@ struct ServerFault {
     static ServerFault withEmptyBody();
     static ServerFault withLargeBody();
     static ServerFault withCutOffBody();
+
+    /// In a few words, such as "status 503".
+    QString text() const;
 
     /// What this fault makes of an answer. @p ordinary does what was asked, and is called only if the fault
     /// lets that be done.
