@@ -86,6 +86,11 @@ DaemonWatcher &DeviceSimulator::watcher()
     return daemonWatcher;
 }
 
+DaemonProcess &DeviceSimulator::daemonProcess()
+{
+    return process;
+}
+
 void DeviceSimulator::setApiKey(const QString &key)
 {
     developerServer.setApiKey(key);
@@ -101,6 +106,12 @@ void DeviceSimulator::setApiKeyQuietly(const QString &key)
 void DeviceSimulator::clearApiKey()
 {
     daemonService.setApiKey(QString::fromLatin1(""));
+}
+
+void DeviceSimulator::note(const QString &text)
+{
+    trace("note", TraceText::printable(text));
+    Q_EMIT noted(text);
 }
 
 void DeviceSimulator::trace(const char *kind, const QString &text)

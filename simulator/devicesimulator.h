@@ -1,5 +1,6 @@
 #pragma once
 
+#include "daemonprocess.h"
 #include "daemonservice.h"
 #include "daemonwatcher.h"
 #include "developerserver.h"
@@ -20,6 +21,8 @@ public:
     WidgetManagerService &widgetManager();
     DeveloperServer &server();
     DaemonWatcher &watcher();
+    /// The application daemon, if the simulator runs it.
+    DaemonProcess &daemonProcess();
 
     /// Gives the device its API key, which the server accepts from then on; announced on the bus.
     void setApiKey(const QString &key);
@@ -27,12 +30,15 @@ public:
     void setApiKeyQuietly(const QString &key);
     /// The device forgets its key, announced on the bus. The server goes on accepting the old one.
     void clearApiKey();
+    /// Puts a line of a person's own into the trace.
+    void note(const QString &text);
 
 Q_SIGNALS:
     /// One event, as "hh:mm:ss.zzz KIND TEXT" without a line end. KIND is bus (a call of a device service and
-    /// its answer), device (what the device does), http, signal (of the daemon) or widget (calls of the
-    /// daemon). No API key is ever shown.
+    /// its answer), device (what the device does), http, signal (of the daemon), widget (calls of the
+    /// daemon) or note (a person's own). No API key is ever shown.
     void traced(const QString &line);
+    void noted(const QString &text);
 
 private:
     void trace(const char *kind, const QString &text);
@@ -43,4 +49,5 @@ private:
     WidgetManagerService widgetManagerService;
     DeveloperServer developerServer;
     DaemonWatcher daemonWatcher;
+    DaemonProcess process;
 };

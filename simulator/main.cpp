@@ -2,6 +2,7 @@
 #include "console.h"
 #include "devicesimulator.h"
 #include "options.h"
+#include "webserver.h"
 
 #include <QCoreApplication>
 
@@ -44,6 +45,19 @@ QString start(DeviceSimulator &simulator, const Options &options)
         return simulator.widgetManager().errorText();
     }
     return {};
+}
+
+// Runs the daemon, if that is asked for; returns what went wrong.
+QString startDaemon(DeviceSimulator &simulator, Console &console, const QString &program)
+{
+    if (program.isEmpty()) {
+        return {};
+    }
+    DaemonProcess &daemon = simulator.daemonProcess();
+    daemon.set(program, simulator.server().host());
+    QObject::connect(&daemon, &DaemonProcess::lineRead, &console, &Console::print);
+    QObject::connect(&daemon, &DaemonProcess::ended, &console, &Console::print);
+    return daemon.start() ? QString() : daemon.errorText();
 }
 
 // Null when there is nothing to show, or it cannot be opened.
@@ -95,7 +109,14 @@ int main(int argc, char *argv[])
         QCoreApplication::exit(complain(QStringLiteral("lost the bus at %1").arg(options.busAddress)));
     });
     setUp(simulator, options);
-    const QString problem = start(simulator, options);
+    std::unique_ptr<WebServer> web;
+    if (options.webPort) {
+        web = std::make_unique<WebServer>(simulator, interpreter);
+    }
+    QString problem = web ? web->open(options.busAddress, *options.webPort) : QString();
+    if (problem.isEmpty()) {
+        problem = start(simulator, options);
+    }
     if (!problem.isEmpty()) {
         return complain(problem);
     }
@@ -104,6 +125,13 @@ int main(int argc, char *argv[])
         return complain(QStringLiteral("cannot read from %1").arg(options.shownPipePath));
     }
     obey(console, interpreter, options.isKeptRunning);
+    const QString daemonProblem = startDaemon(simulator, console, options.daemonProgram);
+    if (!daemonProblem.isEmpty()) {
+        return complain(daemonProblem);
+    }
+    if (web) {
+        console.print(QStringLiteral("page: %1").arg(web->url(QStringLiteral("/"))));
+    }
     console.print(QStringLiteral("ready: https://%1").arg(simulator.server().host()));
     console.startReading();
     return QCoreApplication::exec();

@@ -18,6 +18,8 @@ const auto noDaemon = QStringLiteral("no-daemon");
 const auto noWidgetManager = QStringLiteral("no-widget-manager");
 const auto keepRunning = QStringLiteral("keep-running");
 const auto show = QStringLiteral("show");
+const auto web = QStringLiteral("web");
+const auto daemonProgramName = QStringLiteral("qwixtd");
 
 QString text(const char *words)
 {
@@ -42,16 +44,29 @@ void describe(QCommandLineParser &parser)
         {noWidgetManager, text("Do not start the widget manager yet.")},
         {keepRunning, text("Go on when standard input ends.")},
         {show, text("Show the lines that come through this named pipe, too."), text("file")},
+        {web, text("Show all this in a browser, under this port; 0 is any."), text("port")},
+        {daemonProgramName, text("Run this program as the daemon, and show its lines."), text("program")},
     });
 }
 
-QString problemWith(const QCommandLineParser &parser, const QString &busAddress, bool isPort)
+// Puts a value that is none into badPort.
+quint16 portIn(const QString &value, QString &badPort)
+{
+    bool isPort = false;
+    const quint16 port = value.toUShort(&isPort);
+    if (!isPort) {
+        badPort = value;
+    }
+    return port;
+}
+
+QString problemWith(const QCommandLineParser &parser, const QString &busAddress, const QString &badPort)
 {
     if (busAddress.isEmpty()) {
         return QStringLiteral("no bus: give --bus or set DBUS_SYSTEM_BUS_ADDRESS");
     }
-    if (!isPort) {
-        return QStringLiteral("not a port: %1").arg(parser.value(portName));
+    if (!badPort.isEmpty()) {
+        return QStringLiteral("not a port: %1").arg(badPort);
     }
     if (!parser.isSet(certificate) || !parser.isSet(key)) {
         return QStringLiteral("the server needs --certificate and --key");
@@ -70,10 +85,14 @@ Options Options::read()
     parser.process(*QCoreApplication::instance());
 
     Options options;
-    bool isPort = false;
+    QString badPort;
     options.busAddress =
         parser.isSet(bus) ? parser.value(bus) : qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS");
-    options.port = parser.value(portName).toUShort(&isPort);
+    options.port = portIn(parser.value(portName), badPort);
+    if (parser.isSet(web)) {
+        options.webPort = portIn(parser.value(web), badPort);
+    }
+    options.daemonProgram = parser.value(daemonProgramName);
     options.certificatePath = parser.value(certificate);
     options.keyPath = parser.value(key);
     options.apiKey = parser.value(apiKeyName);
@@ -85,6 +104,6 @@ Options Options::read()
     options.isDaemonWanted = !parser.isSet(noDaemon);
     options.isWidgetManagerWanted = !parser.isSet(noWidgetManager);
     options.isKeptRunning = parser.isSet(keepRunning);
-    options.problem = problemWith(parser, options.busAddress, isPort);
+    options.problem = problemWith(parser, options.busAddress, badPort);
     return options;
 }

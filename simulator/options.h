@@ -3,6 +3,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 /// What the program is asked for on its command line.
 struct Options {
     QString busAddress;
@@ -14,6 +16,9 @@ struct Options {
     QString serial;
     QStringList widgets;
     QString shownPipePath;
+    QString daemonProgram;
+    /// The page's port; nothing when no page is asked for.
+    std::optional<quint16> webPort;
     bool isOffline = false;
     bool isDaemonWanted = true;
     bool isWidgetManagerWanted = true;

@@ -4,10 +4,14 @@
 #include "devicesimulator.h"
 #include "tracetext.h"
 
+#include <QUuid>
+
 namespace
 {
 const auto ok = QStringLiteral("ok");
 const auto always = QStringLiteral("always");
+const auto qwixtd = QStringLiteral("qwixtd");
+const auto services = QStringLiteral("daemon, widget-manager or qwixtd");
 
 // A whole number from lowest to highest, or -1.
 int numberIn(const QString &text, int lowest, int highest)
@@ -44,10 +48,11 @@ QString CommandInterpreter::showStatus(const QStringList & /*arguments*/)
 
 QString CommandInterpreter::setKey(const QStringList &arguments)
 {
-    if (arguments[0].isEmpty()) {
+    const QString key = arguments.value(0, QUuid::createUuid().toString(QUuid::Id128));
+    if (key.isEmpty()) {
         return QStringLiteral("error: an empty key is cleared with clear-key");
     }
-    simulator.setApiKey(arguments[0]);
+    simulator.setApiKey(key);
     return ok;
 }
 
@@ -103,9 +108,12 @@ QString CommandInterpreter::deleteWidget(const QStringList &arguments)
 
 QString CommandInterpreter::startService(const QStringList &arguments)
 {
+    if (arguments[0] == qwixtd) {
+        return startQwixtd();
+    }
     BusService *const service = serviceNamed(arguments[0]);
     if (service == nullptr) {
-        return notUnderstood(arguments[0], QStringLiteral("daemon or widget-manager"));
+        return notUnderstood(arguments[0], services);
     }
     if (service->isRunning()) {
         return QStringLiteral("ok: it was running already");
@@ -115,9 +123,12 @@ QString CommandInterpreter::startService(const QStringList &arguments)
 
 QString CommandInterpreter::stopService(const QStringList &arguments)
 {
+    if (arguments[0] == qwixtd) {
+        return stopQwixtd();
+    }
     BusService *const service = serviceNamed(arguments[0]);
     if (service == nullptr) {
-        return notUnderstood(arguments[0], QStringLiteral("daemon or widget-manager"));
+        return notUnderstood(arguments[0], services);
     }
     if (!service->isRunning()) {
         return QStringLiteral("ok: it was stopped already");
@@ -208,10 +219,42 @@ QString CommandInterpreter::deleteAsWidget(const QStringList &arguments)
     return ok;
 }
 
+QString CommandInterpreter::note(const QStringList &arguments)
+{
+    simulator.note(arguments[0]);
+    return ok;
+}
+
 QString CommandInterpreter::quit(const QStringList & /*arguments*/)
 {
     Q_EMIT quitRequested();
     return QStringLiteral("bye");
+}
+
+QString CommandInterpreter::startQwixtd()
+{
+    DaemonProcess &process = simulator.daemonProcess();
+    if (!process.isGiven()) {
+        return QStringLiteral("error: this simulator was given no program to start (--qwixtd)");
+    }
+    if (process.isRunning()) {
+        return QStringLiteral("ok: it was running already");
+    }
+    if (simulator.watcher().isDaemonPresent()) {
+        return QStringLiteral("error: com.qwixtd is still on the bus");
+    }
+    return process.start() ? ok : QStringLiteral("error: ") + process.errorText();
+}
+
+QString CommandInterpreter::stopQwixtd()
+{
+    DaemonProcess &process = simulator.daemonProcess();
+    if (!process.isRunning()) {
+        return process.isGiven() ? QStringLiteral("ok: it was stopped already")
+                                 : QStringLiteral("error: this simulator did not start it (--qwixtd)");
+    }
+    process.stop();
+    return ok;
 }
 
 QString CommandInterpreter::arrange(const QString &count, const ServerFault &fault, const QString &what)

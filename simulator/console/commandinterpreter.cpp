@@ -15,7 +15,7 @@ struct CommandInterpreter::Command {
 const CommandInterpreter::Command CommandInterpreter::commands[] = {
     {"help", "", 0, 0, "this list", &CommandInterpreter::help},
     {"status", "", 0, 0, "what the device is like now", &CommandInterpreter::showStatus},
-    {"set-key", "KEY", 1, 1, "the device gets an API key, which the server accepts",
+    {"set-key", "[KEY]", 0, 1, "the device gets an API key, which the server accepts; any if none is given",
      &CommandInterpreter::setKey},
     {"clear-key", "", 0, 0, "the device forgets its API key", &CommandInterpreter::clearKey},
     {"server-key", "KEY", 1, 1, "the server accepts this API key instead (to see 401)",
@@ -25,9 +25,9 @@ const CommandInterpreter::Command CommandInterpreter::commands[] = {
     {"internet", "on|off", 1, 1, "the internet comes back or goes away", &CommandInterpreter::setInternet},
     {"create-widget", "ID", 1, 1, "a widget is installed", &CommandInterpreter::createWidget},
     {"delete-widget", "ID", 1, 1, "a widget is removed", &CommandInterpreter::deleteWidget},
-    {"start-service", "daemon|widget-manager", 1, 1, "a device service starts",
+    {"start-service", "daemon|widget-manager|qwixtd", 1, 1, "a device service starts",
      &CommandInterpreter::startService},
-    {"stop-service", "daemon|widget-manager", 1, 1, "a device service stops",
+    {"stop-service", "daemon|widget-manager|qwixtd", 1, 1, "a device service stops",
      &CommandInterpreter::stopService},
     {"list", "", 0, 0, "the applications that the server holds", &CommandInterpreter::list},
     {"add-app", "IDENTIFIER NAME TYPE [DEVICE]", 3, 4, "an application appears behind the device's back",
@@ -49,6 +49,7 @@ const CommandInterpreter::Command CommandInterpreter::commands[] = {
      &CommandInterpreter::updateAsWidget},
     {"delete", "APP_ID UUID TYPE", 3, 3, "a widget asks the daemon to delete it",
      &CommandInterpreter::deleteAsWidget},
+    {"note", "TEXT", 1, 1, "a line of your own in the trace", &CommandInterpreter::note},
     {"quit", "", 0, 0, "end the simulator", &CommandInterpreter::quit},
 };
 
@@ -59,6 +60,13 @@ CommandInterpreter::CommandInterpreter(DeviceSimulator &device, QObject *parent)
 }
 
 QString CommandInterpreter::execute(const QString &line)
+{
+    const QString answer = obey(line);
+    Q_EMIT executed();
+    return answer;
+}
+
+QString CommandInterpreter::obey(const QString &line)
 {
     QStringList words;
     if (!splitCommandWords(line, words)) {

@@ -20,8 +20,12 @@ public:
 
 Q_SIGNALS:
     void quitRequested();
+    /// A line was obeyed or refused; whatever it changed has changed.
+    void executed();
 
 private:
+    QString obey(const QString &line);
+
     struct Command;
     static const Command commands[];
 
@@ -48,8 +52,11 @@ private:
     QString registerAsWidget(const QStringList &arguments);
     QString updateAsWidget(const QStringList &arguments);
     QString deleteAsWidget(const QStringList &arguments);
+    QString note(const QStringList &arguments);
     QString quit(const QStringList &arguments);
 
+    QString startQwixtd();
+    QString stopQwixtd();
     /// Lines the fault up for as many answers as @p count says ("always" for all).
     QString arrange(const QString &count, const ServerFault &fault, const QString &what);
     /// The service that a person means, or null.

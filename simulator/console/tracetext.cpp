@@ -64,15 +64,24 @@ QString quoted(const QString &text)
 
 QString value(const QVariant &value)
 {
-    if (value.userType() == QMetaType::QStringList) {
+    const int type = value.userType();
+    if (type == QMetaType::QStringList || type == QMetaType::QVariantList) {
         QStringList parts;
-        const QStringList texts = value.toStringList();
-        for (const QString &text : texts) {
-            parts.append(quoted(text));
+        const QVariantList list = value.toList();
+        for (const QVariant &element : list) {
+            parts.append(TraceText::value(element));
         }
         return bracketed(parts, "[", "]");
     }
-    return value.userType() == QMetaType::QString ? quoted(value.toString()) : printable(value.toString());
+    if (type == QMetaType::QVariantMap) {
+        QStringList parts;
+        const QVariantMap map = value.toMap();
+        for (auto entry = map.constBegin(); entry != map.constEnd(); ++entry) {
+            parts.append(quoted(entry.key()) + QStringLiteral(": ") + TraceText::value(*entry));
+        }
+        return bracketed(parts, "{", "}");
+    }
+    return type == QMetaType::QString ? quoted(value.toString()) : printable(value.toString());
 }
 
 QString arguments(const QVariantList &values)

@@ -14,7 +14,7 @@ QString printable(const QString &text);
 QString printable(const QByteArray &bytes);
 /// printable() in double quotes, with quotes and backslashes inside escaped.
 QString quoted(const QString &text);
-/// A value as it would be written in a call: strings quoted, lists in brackets.
+/// A value as it would be written in a call: strings quoted, lists and maps in brackets.
 QString value(const QVariant &value);
 /// "(a, b)"
 QString arguments(const QVariantList &values);

@@ -1,0 +1,95 @@
+// The events that the page has, oldest first.
+
+const mostEvents = 100000;
+const droppedAtOnce = 10000;
+
+/** Keeps the newest 100,000 events; the saved trace has more. */
+export class Events {
+  constructor() {
+    this.listeners = [];
+    this.clear('');
+  }
+
+  clear(run) {
+    Object.assign(this, {list: [], byId: new Map(), answers: new Map(), widgets: new Set(), run, dropped: 0});
+  }
+
+  /** Numbers count anew in every run of the simulator. */
+  beginRun(run) {
+    const isAnother = this.run && this.run !== run;
+    const last = this.list.at(-1);
+    this.run = run;
+    if (isAnother) {
+      this.add([{n: 0, t: last?.t ?? Date.now(), kind: 'note', from: '', to: '',
+        title: 'The simulator was started again'}]);
+    }
+  }
+
+  /** Takes events of the present run; one that is there already is left out. */
+  add(events) {
+    const fresh = events.filter((event) => !this.byId.has(this.idOf(event.n)));
+    for (const event of fresh) {
+      event.run = this.run;
+      this.list.push(event);
+      this.byId.set(this.idOf(event.n), event);
+      if (event.re) {
+        this.answers.set(this.idOf(event.re), event);
+      }
+      if (event.widget) {
+        this.widgets.add(event.widget);
+      }
+    }
+    const isTooMany = this.list.length > mostEvents;
+    if (isTooMany) {
+      this.drop(Math.max(droppedAtOnce, this.list.length - mostEvents));
+    }
+    this.listeners.forEach((listener) => listener(fresh, isTooMany));
+  }
+
+  drop(count) {
+    for (const event of this.list.splice(0, count)) {
+      this.byId.delete(`${event.run}-${event.n}`);
+      this.answers.delete(`${event.run}-${event.n}`);
+    }
+    this.dropped += count;
+  }
+
+  idOf(number) {
+    return `${this.run}-${number}`;
+  }
+
+  /** What led to an answer: the call or the request. */
+  questionOf(event) {
+    return event.re && this.byId.get(`${event.run}-${event.re}`);
+  }
+
+  /** What a call or a request was answered with, if it was. */
+  answerOf(event) {
+    return this.answers.get(`${event.run}-${event.n}`);
+  }
+}
+
+/** Says which events a person wants to see. */
+export class Filter {
+  constructor() {
+    this.hiddenLanes = new Set();
+    this.widget = '';
+    this.text = '';
+    this.failuresOnly = false;
+  }
+
+  accepts(event) {
+    const isHidden = this.hiddenLanes.has(event.from) || this.hiddenLanes.has(event.to);
+    const isOfWidget = !this.widget || event.widget === this.widget;
+    const isWanted = !this.failuresOnly || event.failed || Boolean(event.retryOf);
+    return !isHidden && isOfWidget && isWanted && this.hasText(event);
+  }
+
+  hasText(event) {
+    if (!this.text) {
+      return true;
+    }
+    const where = [event.title, event.widget, event.bytes, event.args && JSON.stringify(event.args)].join('\n');
+    return where.toLowerCase().includes(this.text);
+  }
+}

@@ -1,0 +1,157 @@
+// Puts the page together: on a running simulator, or on a saved trace.
+import {Chart} from '/chart.js';
+import {Controls} from '/controls.js';
+import {showDetails} from '/details.js';
+import {Events} from '/events.js';
+import {clockTime, element} from '/format.js';
+import {Link} from '/link.js';
+import {exportedSvg} from '/picture.js';
+import {Prompt} from '/prompt.js';
+import {Story, storySteps} from '/story.js';
+
+const at = (id) => document.getElementById(id);
+const events = new Events();
+const chart = new Chart(events, (event) => showDetails(event, events));
+let link;
+
+function say(text, kind) {
+  at('connection').textContent = text;
+  at('connection').className = `connection ${kind}`;
+}
+
+function listenToToolbar() {
+  at('pause').addEventListener('click', () => {
+    chart.setPaused(!chart.isPaused);
+    at('pause').setAttribute('aria-pressed', String(chart.isPaused));
+  });
+  at('search').addEventListener('input', () => {
+    chart.filter.text = at('search').value.toLowerCase();
+    chart.rebuild();
+  });
+  at('widget').addEventListener('change', () => {
+    chart.filter.widget = at('widget').value;
+    chart.rebuild();
+  });
+  at('failures').addEventListener('change', () => {
+    chart.filter.failuresOnly = at('failures').checked;
+    chart.rebuild();
+  });
+  at('scale').addEventListener('change', () => {
+    chart.layout.isToScale = at('scale').value === 'true';
+    chart.rebuild();
+  });
+}
+
+// The widgets that can be filtered by are those that something was about.
+function offerWidgets() {
+  const offered = new Set([...at('widget').options].map((option) => option.value));
+  for (const widget of events.widgets) {
+    if (!offered.has(widget)) {
+      at('widget').append(element('option', {value: widget}, widget));
+    }
+  }
+}
+
+function download(name, type, text) {
+  const url = URL.createObjectURL(new Blob([text], {type}));
+  element('a', {href: url, download: name}).click();
+  setTimeout(() => URL.revokeObjectURL(url), 1000);
+}
+
+// A saved trace is this page with its events inside. They hold no "<"; nothing of the file is run.
+function eventsIn(html) {
+  const [, list] = html.split('<script type="application/json" id="trace">');
+  return list?.split('<\/script>')[0] ?? '';
+}
+
+function showTrace(text, name) {
+  let list;
+  try {
+    list = JSON.parse(text);
+  } catch {
+    say(`${name} is no saved trace`, 'bad');
+    return;
+  }
+  link?.close();
+  document.body.classList.add('saved');
+  events.clear('saved');
+  chart.setPaused(false);
+  events.add(list);
+  chart.rebuild();
+  offerWidgets();
+  const day = list.length ? `, ${new Date(list[0].t).toLocaleDateString()} ${clockTime(list[0].t, true)}` : '';
+  say(`${name}: ${list.length} events${day}`, '');
+}
+
+function listenToFiles() {
+  at('export').addEventListener('click', () =>
+    download('qwixt-trace.svg', 'image/svg+xml', exportedSvg(chart.layout, chart.geometry.width)));
+  at('open').addEventListener('click', () => at('file').click());
+  at('file').addEventListener('change', async () => {
+    const [file] = at('file').files;
+    if (file) {
+      showTrace(eventsIn(await file.text()), file.name);
+      at('file').value = '';
+    }
+  });
+}
+
+function reportStep(index, problem) {
+  const isOver = index >= storySteps.length;
+  [...at('steps').children].forEach((item, i) => {
+    const isBad = i === index && problem;
+    item.className = isBad ? 'bad' : (i < index ? 'done' : (i === index ? 'now' : ''));
+    item.toggleAttribute('aria-current', i === index);
+  });
+  at('storyline').textContent = problem ? `Step ${index + 1} did not come true: ${problem}`
+    : (isOver ? 'The story came true.' : `Step ${index + 1} of ${storySteps.length}: ${storySteps[index]}`);
+  at('storyline').className = problem ? 'bad' : '';
+}
+
+function makeStory(send, controls) {
+  const story = new Story(events, send, () => controls.state, reportStep);
+  at('steps').append(...storySteps.map((says) => element('li', {}, says)));
+  at('play').addEventListener('click', async () => {
+    if (story.isPlaying) {
+      story.stop();
+      return;
+    }
+    at('story').hidden = false;
+    at('play').textContent = 'Stop the story';
+    chart.isFollowing = true;
+    await story.play();
+    at('play').textContent = 'Play the story';
+  });
+}
+
+function showConnection(isConnected) {
+  say(isConnected ? 'connected' : 'no connection, trying again', isConnected ? 'good' : 'bad');
+}
+
+function goLive() {
+  const prompt = new Prompt((line) => link.send(line));
+  const controls = new Controls((line) => prompt.send(line));
+  makeStory((line) => prompt.send(line), controls);
+  link = new Link({
+    run: (run) => events.beginRun(run),
+    events: (list) => {
+      events.add(list);
+      offerWidgets();
+    },
+    missing: (first, last) => say(`events ${first} to ${last} are no longer held`, 'bad'),
+    state: (state) => {
+      controls.show(state);
+      at('play').disabled = !state.qwixtd.ours;
+      at('play').title = state.qwixtd.ours ? '' : 'The story starts and stops the daemon: use tools/demo.sh --web';
+    },
+    connected: showConnection,
+  });
+}
+
+listenToToolbar();
+listenToFiles();
+if (at('trace')) {
+  showTrace(at('trace').textContent, 'Saved trace');
+} else {
+  goLive();
+}
