@@ -1,16 +1,19 @@
 #!/bin/bash
 # demo.sh: shows the daemon's whole job on a simulated device, step by step, and checks every step.
 # demo.sh --interactive: the same device with the daemon running, driven by what you type.
+# demo.sh --web [PORT]: the same once more, in a browser too; the port is any that is free unless given.
 # Everything lives in a temporary directory and ends with the script.
 set -euo pipefail
 . "$(dirname "$0")/lib.sh"
 
-interactive=no
+interactive=no web_port=0
 case "${1-}" in
 '') ;;
 --interactive) interactive=yes ;;
-*) die "usage: demo.sh [--interactive]" ;;
+--web) interactive=web web_port=${2-0} ;;
+*) die "usage: demo.sh [--interactive | --web [PORT]]" ;;
 esac
+[[ $web_port =~ ^[0-9]{1,5}$ ]] || die "not a port: $web_port"
 
 install_packages "${PACKAGES[@]}"
 require_sandbox
@@ -157,6 +160,25 @@ obey_standard_input() {
     done
 }
 
+# The simulator runs the daemon, so that the page can start and stop it. Without a terminal nothing is read, and a signal
+# or the page's own quit ends it.
+show_in_browser() {
+    local reading=()
+    [ -t 0 ] && [ -t 1 ] || reading=(--keep-running)
+    cat >"$work/qwixtd" <<END
+#!/bin/sh
+exec '$ROOT/tools/run-daemon.sh' '$work/certificates/bundle.pem' '$work/sandbox' '$bin/qwixtd'
+END
+    chmod +x "$work/qwixtd"
+    say "A simulated device, its developer server and the daemon. Open the page that is named below; or type help here."
+    setpriv --pdeathsig KILL "$bin/qwixt-devicesim" --certificate "$work/certificates/server.pem" \
+        --key "$work/certificates/server.key" --web "$web_port" --qwixtd "$work/qwixtd" "${reading[@]}"
+}
+
+if [ "$interactive" = web ]; then
+    show_in_browser
+    exit 0
+fi
 if [ "$interactive" = yes ]; then
     if [ -t 0 ] && [ -t 1 ]; then
         prompt_on_terminal

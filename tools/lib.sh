@@ -123,6 +123,26 @@ install_packages_of() {
     install_packages "${packages[@]}"
 }
 
+# Installs what the tests of the simulator's page need: a browser, and from npm what drives it. Returns false, with the
+# reason, when that cannot be had: all else can be tested without it.
+install_browser() {
+    local directory=$ROOT/tests/web lock=node_modules/.package-lock.json packages=()
+    [ -f "$directory/package.json" ] || return 0
+    command -v chromium >/dev/null 2>&1 || packages+=(chromium)
+    command -v npm >/dev/null 2>&1 || packages+=(nodejs npm)
+    if [ ${#packages[@]} -gt 0 ] && ! (install_packages "${packages[@]}"); then
+        say "the page is not tested in a browser: ${packages[*]} could not be installed"
+        return 1
+    fi
+    if [ "$directory/package-lock.json" -nt "$directory/$lock" ]; then
+        with_progress "installing what drives the browser" npm ci --prefix "$directory" || {
+            say "the page is not tested in a browser: npm could not install what drives it"
+            return 1
+        }
+        touch "$directory/$lock"
+    fi
+}
+
 # require_tests PRESET: ends the script when the preset is none, or has no tests.
 require_tests() {
     local presets
@@ -143,7 +163,8 @@ build() {
         say "waiting for another build of $preset"
         flock 9
     fi
-    if [ ! -f "$directory/build.ninja" ] || [ "$ROOT/CMakePresets.json" -nt "$directory/build.ninja" ]; then
+    if [ ! -f "$directory/build.ninja" ] || [ "$ROOT/CMakePresets.json" -nt "$directory/build.ninja" ] ||
+        [ "$ROOT/tests/web/node_modules/.package-lock.json" -nt "$directory/build.ninja" ]; then
         with_progress "configuring $preset" cmake -S "$ROOT" --preset "$preset" || die "cannot configure $preset"
     fi
     if ! grep -q 'no work to do' < <(ninja -C "$directory" -n "$@" 9>&- 2>/dev/null); then

@@ -13,6 +13,9 @@ fi
 install_packages_of "$preset"
 require_tests "$preset"
 require_sandbox
+if [ "$preset" = release ]; then
+    install_browser || true
+fi
 build "$preset"
 cd "$ROOT"
 if [ -t 1 ]; then

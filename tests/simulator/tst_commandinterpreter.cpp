@@ -213,9 +213,10 @@ void TestCommandInterpreter::malformedLine_isAnsweredWithItsReason_data()
     QTest::newRow("internet") << QStringLiteral("internet maybe")
                               << QStringLiteral("error: \"maybe\" is not on or off");
     QTest::newRow("service") << QStringLiteral("stop-service bus")
-                             << QStringLiteral("error: \"bus\" is not daemon or widget-manager");
+                             << QStringLiteral("error: \"bus\" is not daemon, widget-manager or qwixtd");
     QTest::newRow("start service") << QStringLiteral("start-service bus")
-                                   << QStringLiteral("error: \"bus\" is not daemon or widget-manager");
+                                   << QStringLiteral(
+                                          "error: \"bus\" is not daemon, widget-manager or qwixtd");
     QTest::newRow("count") << QStringLiteral("fail some 503")
                            << QStringLiteral("error: \"some\" is not a number of answers or \"always\"");
     QTest::newRow("count zero") << QStringLiteral("close 0")

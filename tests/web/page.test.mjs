@@ -1,0 +1,431 @@
+// The page of the simulator in a real browser, on a real bus and with the real daemon.
+import assert from 'node:assert/strict';
+import {readFileSync} from 'node:fs';
+import {createServer} from 'node:http';
+import {after, before, test} from 'node:test';
+import {arrowsOf, eventsOf, expectedArrows} from './arrows.mjs';
+import {downloaded, openPage, startBrowser, takePicture, violations} from './browser.mjs';
+import {Device, until} from './device.mjs';
+
+const device = new Device();
+let browser;
+
+// A device that is set up, with a widget whose registration failed once.
+before(async () => {
+  await device.start();
+  device.type('set-remote-id device-9', 'set-key a-key-that-nobody-may-see', 'create-widget safe', 'fail 1 503',
+    'register safe Safe face');
+  browser = await startBrowser();
+  await device.seen(/applicationRegistered\("safe"/);
+});
+
+after(async () => {
+  await browser?.close();
+  await device.stop();
+});
+
+const count = async (page) => Number(/^\d+/.exec(await page.textContent('#count'))?.[0] ?? 0);
+const exported = async (page) => readFileSync(await downloaded(page, () => page.click('#export')), 'utf8');
+const saved = (page) => downloaded(page, () => page.click('#save'));
+const reveal = (page, text) => page.fill('#search', text);
+const isOn = (page, name) => page.getByRole('switch', {name}).getAttribute('aria-checked');
+
+async function say(page, line) {
+  await page.fill('#line', line);
+  await page.press('#line', 'Enter');
+}
+
+/** Waits until the page shows an arrow or a note with this text. */
+async function shown(page, text) {
+  await reveal(page, text);
+  await until(`"${text}" in the chart`, async () => (await count(page)) > 0);
+  await reveal(page, '');
+  await until('all events', async () => !(await page.textContent('#count')).includes(' of '));
+}
+
+/** Every page ends so: nothing was on its console, and it asked nobody else for anything. */
+async function close(page) {
+  assert.deepEqual(page.complaints, []);
+  await page.context().close();
+}
+
+test('buttonsOfTheDevice_doWhatTheCommandsDo', async () => {
+  const page = await openPage(browser, device.url);
+  await until('the state', async () => (await isOn(page, 'Internet')) === 'true');
+
+  await page.getByRole('switch', {name: 'Internet'}).click();
+  await device.seen(/says internetAvailabilityChanged\(false\)(?![^]*internetAvailabilityChanged)/);
+  await page.getByRole('switch', {name: 'Internet'}).click();
+  await page.getByRole('switch', {name: 'widget.manager'}).click();
+  await device.seen(/widget\.manager stops/);
+  await page.getByRole('switch', {name: 'widget.manager'}).click();
+  await page.getByLabel('Id of a widget to install').fill('lamp');
+  await page.getByRole('button', {name: 'Install'}).click();
+  await device.seen(/says newWidgetCreated\("simulated\.package", "lamp"\)/);
+  await page.locator('#fault [name=count]').fill('2');
+  await page.getByRole('button', {name: 'Arrange'}).click();
+  await page.getByText('next 2: status 503').waitFor();
+  await page.getByRole('button', {name: 'Heal'}).click();
+  await page.getByText('next 2: status 503').waitFor({state: 'detached'});
+  await page.locator('#ask [name=uuid]').fill('lamp');
+  await page.getByRole('button', {name: 'Register'}).click();
+  const [, appId] = await device.seen(/applicationRegistered\("lamp", "(app-\d+)", "face"\)/);
+  await until('the application', async () => (await page.inputValue('#ask [name=app]')) === appId);
+  await page.locator('#ask [name=name]').fill('A "lamp" \\ of mine');
+  await page.getByRole('button', {name: 'Update'}).click();
+  await device.seen(/PUT .*name=A "lamp" \\ of mine&/);
+  await page.locator('#ask').getByRole('button', {name: 'Delete'}).click();
+  await device.seen(/applicationDeleted\("lamp"/);
+  await page.getByRole('switch', {name: 'lamp'}).click();
+  await device.seen(/says widgetDeleted\("simulated\.package", "lamp"\)/);
+
+  await until('the switch', async () => (await isOn(page, 'lamp')) === 'false');
+  await close(page);
+});
+
+test('selectedEvent_showsTheExactBytesWithoutTheKey', async () => {
+  const page = await openPage(browser, device.url);
+  await shown(page, 'identifier=safe');
+
+  await reveal(page, 'identifier=safe');
+  await page.focus('#chart');
+  await page.keyboard.press('End');
+
+  const details = await page.textContent('#details');
+  const body = 'id=device-9&identifier=safe&name=Safe&type=face';
+  assert.match(details, /POST \/api\/v1\/qwixt\/apps HTTP\/1\.1\u240d\u240a\n/);
+  assert.match(details, /Authorization: \*\*\*\u240d\u240a\n/);
+  assert.ok(details.includes(`Content-Length: ${body.length}\u240d\u240a\n`) && details.includes(body), details);
+  assert.match(details, /HTTP\/1\.1 200 OK\u240d\u240a\n[^]*"status":"registered"/);
+  await page.getByLabel('Hexadecimal').check();
+  assert.match(await page.textContent('#details'), /000000 {2}50 4f 53 54 20 2f 61 70 69/);
+  await takePicture(page, 'details');
+  const file = readFileSync(await saved(page), 'utf8');
+  assert.equal(device.apiKey(), 'a-key-that-nobody-may-see');
+  for (const secret of [device.apiKey(), Buffer.from(`:${device.apiKey()}`).toString('base64')]) {
+    assert.ok(!file.includes(secret) && !(await page.content()).includes(secret));
+  }
+  await close(page);
+});
+
+test('callsOfOtherPrograms_areArrowsToo', async () => {
+  const page = await openPage(browser, device.url);
+
+  device.callAsWidget('deleteQwixtApplication', 'app-99', 'stranger', 'face');
+  await shown(page, 'deleteQwixtApplication("app-99", "stranger", "face")');
+
+  await page.selectOption('#widget', 'stranger');
+  const arrows = arrowsOf(await exported(page));
+  assert.deepEqual(arrows.slice(0, 2).sort(), ['answer deleteQwixtApplication -> ()',
+    'call deleteQwixtApplication("app-99", "stranger", "face")']);
+  await close(page);
+});
+
+test('hostileNames_areText', async () => {
+  const name = '<script>document.title=1</script>';
+  const image = '"><img src=x onerror=document.title=2>';
+  const page = await openPage(browser, device.url);
+
+  await page.getByLabel('Id of a widget to install').fill(name);
+  await page.getByRole('button', {name: 'Install'}).click();
+  await page.locator('#ask [name=uuid]').fill(name);
+  await page.locator('#ask [name=name]').fill(image);
+  await page.getByRole('button', {name: 'Register'}).click();
+  await shown(page, `name=${image}`);
+  await reveal(page, image);
+  await page.focus('#chart');
+  await page.keyboard.press('Home');
+  const file = await openPage(browser, `file://${await saved(page)}`);
+
+  for (const one of [page, file]) {
+    assert.equal(await one.title(), 'The device on a screen');
+    assert.equal(await one.locator('img').count(), 0);
+    await one.selectOption('#widget', name);
+    await until('what was about the widget', async () => (await count(one)) >= 2 && (await count(one)) < 20);
+  }
+  assert.ok((await page.textContent('#details')).includes(name));
+  assert.equal(await page.getByRole('switch', {name}).count(), 1);
+  assert.equal(await page.locator('script').count(), 1);
+  device.type(`delete-widget "${name}"`);
+  await close(file);
+  await close(page);
+});
+
+test('savedFile_isOpenedAgainWithoutASimulator', async () => {
+  const live = await openPage(browser, device.url);
+  await shown(live, 'identifier=safe');
+  const arrows = arrowsOf(await exported(live));
+  const path = await saved(live);
+  const events = eventsOf(readFileSync(path, 'utf8'));
+
+  const offline = await openPage(browser, `file://${path}`, {offline: true});
+  await live.setInputFiles('#file', {name: 'colleague.html', mimeType: 'text/html', buffer: readFileSync(path)});
+
+  for (const page of [offline, live]) {
+    await until('all events', async () => (await count(page)) === events.length);
+    assert.deepEqual(arrowsOf(await exported(page)), arrows);
+    assert.ok(await page.locator('#play').isHidden());
+  }
+  assert.deepEqual(offline.requested.filter((url) => !/^(data|blob):/.test(url)), [`file://${path}`]);
+  await takePicture(offline, 'saved');
+  assert.deepEqual(await violations(offline), []);
+  await close(offline);
+  await close(live);
+});
+
+test('twoPages_seeTheSameAndObeyBoth', async () => {
+  const [one, other] = [await openPage(browser, device.url), await openPage(browser, device.url)];
+
+  await one.getByRole('switch', {name: 'Internet'}).click();
+  await until('the other page', async () => (await isOn(other, 'Internet')) === 'false');
+  await other.getByRole('switch', {name: 'Internet'}).click();
+  await until('the first page', async () => (await isOn(one, 'Internet')) === 'true');
+  await say(one, 'note "the last word"');
+  await Promise.all([one, other].map((page) => shown(page, 'the last word')));
+
+  assert.equal(await count(one), await count(other));
+  assert.deepEqual(arrowsOf(await exported(one)), arrowsOf(await exported(other)));
+  await close(one);
+  await close(other);
+});
+
+test('filters_leaveOutWhatIsNotWanted', async () => {
+  const page = await openPage(browser, device.url);
+  await shown(page, 'identifier=safe');
+  const all = await count(page);
+
+  await page.getByRole('checkbox', {name: 'Device services'}).uncheck();
+  const withoutDevice = await until('fewer events', async () => (await count(page)) < all && count(page));
+  const arrows = arrowsOf(await exported(page));
+  await page.getByRole('checkbox', {name: 'Device services'}).check();
+  await page.selectOption('#widget', 'safe');
+  const ofSafe = await until('fewer still', async () => (await count(page)) < withoutDevice && count(page));
+  await page.selectOption('#widget', '');
+
+  assert.ok(arrows.length > 0 && !arrows.some((arrow) => /vorlet\.daemon|widget\.manager/.test(arrow)));
+  assert.ok(ofSafe >= 5);
+  await until('all events', async () => (await count(page)) === all);
+  await close(page);
+});
+
+test('pause_holdsThePictureAndLosesNothing', async () => {
+  const page = await openPage(browser, device.url);
+  await shown(page, 'identifier=safe');
+  const before = await count(page);
+
+  await page.getByRole('button', {name: 'Pause'}).click();
+  await say(page, 'note "during the pause"');
+  await page.getByText('paused: 1 new').waitFor();
+  const during = await count(page);
+  await page.getByRole('button', {name: 'Pause'}).click();
+
+  await shown(page, 'during the pause');
+  assert.equal(during, before);
+  await until('one more', async () => (await count(page)) === before + 1);
+  await close(page);
+});
+
+test('pausesToScale_areAsLongAsTheyWere', async () => {
+  const page = await openPage(browser, device.url);
+  await shown(page, '503');
+  const height = () => page.locator('#extent').evaluate((extent) => extent.getBoundingClientRect().height);
+  const folded = await height();
+
+  await page.selectOption('#scale', 'to scale');
+
+  const svg = await exported(page);
+  const [, pixels, words] = /height="([\d.]+)"\/>\s*<text[^>]*>([^<]*) until the next try/.exec(svg);
+  await until('a longer picture', async () => (await height()) > folded + 150);
+  assert.match(words, /^5\.\d s$/);
+  assert.ok(Math.abs(Number(pixels) - Number.parseFloat(words) * 40) < 12, `${pixels} px for ${words}`);
+  await close(page);
+});
+
+test('keyboardAlone_isEnough', async () => {
+  const page = await openPage(browser, device.url);
+  await shown(page, 'identifier=safe');
+  const active = () => page.evaluate(() => document.activeElement.id || document.activeElement.ariaLabel);
+  const tabTo = async (id) => {
+    for (let i = 0; i < 80 && (await active()) !== id; ++i) {
+      await page.keyboard.press('Tab');
+    }
+    assert.equal(await active(), id);
+  };
+
+  await tabTo('chart');
+  await page.keyboard.press('End');
+  const last = await page.getAttribute('#chart', 'aria-activedescendant');
+  await page.keyboard.press('ArrowUp');
+  await until('the one before', async () => {
+    const now = await page.getAttribute('#chart', 'aria-activedescendant');
+    return now && now !== last;
+  });
+  await page.keyboard.press('Enter');
+  assert.equal(await active(), 'details');
+  await page.keyboard.press('Escape');
+  assert.equal(await active(), 'chart');
+  await tabTo('Internet');
+  await page.keyboard.press('Space');
+  await until('no internet', async () => (await isOn(page, 'Internet')) === 'false');
+  assert.equal(await active(), 'Internet');
+  await page.keyboard.press('Space');
+  await until('internet', async () => (await isOn(page, 'Internet')) === 'true');
+  await tabTo('line');
+  await page.keyboard.type('help');
+  await page.keyboard.press('Enter');
+  await page.getByText('a widget asks the daemon to register it').waitFor();
+  await page.keyboard.type('set-key unseen-key');
+  await page.keyboard.press('Enter');
+  await page.getByText('> set-key ***').waitFor();
+  await page.keyboard.press('ArrowUp');
+
+  assert.equal(await page.inputValue('#line'), 'help');
+  assert.ok(!(await page.content()).includes('unseen-key'));
+  await close(page);
+});
+
+for (const colorScheme of ['light', 'dark']) {
+  test(`rulesOfAccessibility_areKept_${colorScheme}`, async () => {
+    const page = await openPage(browser, device.url, {colorScheme});
+    await shown(page, 'identifier=safe');
+    await page.focus('#chart');
+    await page.keyboard.press('End');
+    await say(page, 'nonsense');
+    await page.getByText('no such command').waitFor();
+
+    assert.deepEqual(await violations(page), []);
+    await close(page);
+  });
+}
+
+test('narrowScreen_needsNoScrollingSideways', async () => {
+  const page = await openPage(browser, device.url, {viewport: {width: 360, height: 740}, colorScheme: 'dark'});
+  await shown(page, 'identifier=safe');
+
+  const width = await page.evaluate(() => document.documentElement.scrollWidth);
+
+  await takePicture(page, 'phone');
+  assert.equal(width, 360);
+  assert.deepEqual(await violations(page), []);
+  await close(page);
+});
+
+// Milliseconds between two frames, the middle one of those of some time.
+function medianFrame(page, ms) {
+  return page.evaluate((time) => new Promise((resolve) => {
+    const frames = [];
+    let last = performance.now();
+    const end = last + time;
+    const next = (now) => {
+      frames.push(now - last);
+      last = now;
+      if (now < end) {
+        requestAnimationFrame(next);
+      } else {
+        resolve(frames.sort((a, b) => a - b)[frames.length >> 1]);
+      }
+    };
+    requestAnimationFrame(next);
+  }), ms);
+}
+
+test('thousandEventsASecond_doNotStutterAndAreAllThere', async () => {
+  const seconds = 4;
+  const page = await openPage(browser, device.url);
+  await shown(page, 'identifier=safe');
+  const start = await count(page);
+  const calm = await medianFrame(page, 1000);
+
+  const begin = Date.now();
+  let sent = 0;
+  const timer = setInterval(() => {
+    const due = Math.min(1000 * seconds, Date.now() - begin);
+    device.type(...Array.from({length: due - sent}, (unused, i) => `note flood-${sent + i}`));
+    sent = due;
+  }, 25);
+  const flooded = await medianFrame(page, 1000 * seconds);
+  await until('the last of the flood', () => sent === 1000 * seconds);
+  clearInterval(timer);
+  await until('all events', async () => (await count(page)) === start + sent);
+
+  const elements = await page.evaluate(() => document.querySelectorAll('*').length);
+  assert.ok(flooded <= 2 * calm + 17, `${flooded} ms from frame to frame, ${calm} ms before`);
+  assert.ok(elements < 2000, `${elements} elements`);
+  console.log(`from frame to frame: ${calm.toFixed(1)} ms calm, ${flooded.toFixed(1)} ms flooded; ${elements} elements`);
+  await close(page);
+});
+
+test('pageOfAnotherOrigin_cannotDriveTheDevice', async () => {
+  const other = createServer((request, response) => response.setHeader('Content-Type', 'text/html').end('<p>other'));
+  await new Promise((resolve) => {
+    other.listen(0, '127.0.0.1', resolve);
+  });
+  const context = await browser.newContext();
+  const page = await context.newPage();
+  await page.goto(`http://127.0.0.1:${other.address().port}/`);
+
+  const results = await page.evaluate(async (url) => {
+    const tries = [
+      () => fetch(`${url}commands`, {method: 'POST', body: 'note taken-over', mode: 'no-cors'}),
+      () => fetch(`${url}events`),
+      () => new Promise((resolve, reject) => {
+        const form = Object.assign(document.createElement('form'), {method: 'post', action: `${url}commands`, enctype: 'text/plain', target: 'frame'});
+        const frame = Object.assign(document.createElement('iframe'), {name: 'frame', onload: resolve, onerror: reject});
+        document.body.append(frame, form);
+        form.submit();
+      }),
+    ];
+    return Promise.all(tries.map((attempt) => attempt().then((answer) => answer?.type ?? 'loaded', () => 'failed')));
+  }, device.url);
+  device.type('note that-is-all');
+  await device.seen(/note +that-is-all/);
+
+  assert.deepEqual(results, ['failed', 'failed', 'load']);
+  assert.ok(!device.output.includes('taken-over'));
+  await context.close();
+  other.close();
+});
+
+test('simulatorStartedAgain_isFollowedByThePage', async () => {
+  const ownDevice = new Device();
+  await ownDevice.start();
+  const page = await openPage(browser, ownDevice.url);
+  page.mayLoseConnection = true;
+  await shown(page, 'remoteId');
+  const firstTrace = ownDevice.output;
+
+  await ownDevice.stopSimulator();
+  await page.getByText('no connection').waitFor();
+  await ownDevice.startSimulator(ownDevice.port);
+  await page.getByText('connected', {exact: true}).waitFor();
+  await shown(page, 'The simulator was started again');
+  ownDevice.type('create-widget afterwards');
+  await shown(page, 'afterwards');
+
+  assert.deepEqual(arrowsOf(await exported(page)).sort(),
+    [...expectedArrows(firstTrace), ...expectedArrows(ownDevice.output)].sort());
+  await close(page);
+  await ownDevice.stop();
+});
+
+test('storyThroughTheButton_comesTrueAndItsArrowsAreThoseOfTheTrace', async () => {
+  const ownDevice = new Device();
+  await ownDevice.start();
+  const page = await openPage(browser, ownDevice.url);
+
+  await page.click('#play');
+  await page.getByText('The story came true.').waitFor({timeout: 90000});
+
+  const arrows = arrowsOf(await exported(page)).sort();
+  assert.deepEqual(arrows, expectedArrows(ownDevice.output).sort());
+  assert.equal(await page.locator('#steps .done').count(), 10);
+  await page.locator('#failures').check();
+  await until('the 503 and what was sent again', async () => (await count(page)) === 2);
+  await page.locator('#failures').uncheck();
+  await reveal(page, 'rain');
+  await takePicture(page, 'story-light');
+  await page.emulateMedia({colorScheme: 'dark'});
+  await takePicture(page, 'story-dark');
+  await close(page);
+  await ownDevice.stop();
+});
