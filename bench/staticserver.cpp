@@ -15,7 +15,7 @@ constexpr int patienceMs = 600000;
 constexpr int ok = 200;
 
 const char configuration[] = R"(
-  log_format answered '$msec $request_length $status $request_method';
+  log_format answered '$msec $request_length $content_length $status $request_method';
   access_log access.log answered;
   default_type application/json;
   server {
@@ -36,8 +36,10 @@ const char configuration[] = R"(
 AnsweredRequest readLine(const QByteArray &line)
 {
     const QList<QByteArray> words = line.split(' ');
-    require(words.size() == 4, QStringLiteral("nginx wrote \"%1\"").arg(QString::fromUtf8(line)));
-    return {words.at(0).toDouble() * 1000, words.at(1).toInt(), words.at(2).toInt(), words.at(3)};
+    require(words.size() == 5, QStringLiteral("nginx wrote \"%1\"").arg(QString::fromUtf8(line)));
+    // The length of a request is that of its head here, and without a body there is a "-".
+    const int bytes = words.at(1).toInt() + words.at(2).toInt();
+    return {words.at(0).toDouble() * 1000, bytes, words.at(3).toInt(), words.at(4)};
 }
 } // namespace
 
