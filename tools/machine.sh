@@ -31,22 +31,27 @@ clean_up_machine() {
     [ -z "$machine" ] || rm -rf --one-file-system "$machine"
 }
 
-# make_machine RELEASE [CACHE]: sets machine, the root directory of a new one. The release comes from the mirror that this
-# machine's package configuration names, and is kept in the directory CACHE.
-make_machine() {
-    local release=$1 cache=${2-${TMPDIR:-/tmp}/qwixtd-fresh-machine} archive mirror
-    [ "$(id -u)" -eq 0 ] || die "this needs root: it makes the root directory of another machine"
+# fetch_release RELEASE ARCHIVE OPTION...: fetches a release of Debian into a tar file, from the mirror that this machine's
+# package configuration names and with further options of mmdebstrap. Fails when it cannot be had.
+fetch_release() {
+    local release=$1 archive=$2 mirror
+    shift 2
     install_packages mmdebstrap debian-archive-keyring
+    mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Origin: Debian' | head -n 1)
+    [ -n "$mirror" ] || die "this machine's package configuration names no mirror of Debian"
+    mkdir -p "$(dirname "$archive")"
+    with_progress "fetching $release" mmdebstrap --format=tar "$@" "$release" "$archive.part" "$mirror" || return
+    mv "$archive.part" "$archive"
+}
+
+# make_machine RELEASE [CACHE]: sets machine, the root directory of a new one. The release is kept in the directory CACHE.
+make_machine() {
+    local release=$1 cache=${2-${TMPDIR:-/tmp}/qwixtd-fresh-machine} archive
+    [ "$(id -u)" -eq 0 ] || die "this needs root: it makes the root directory of another machine"
     # One pristine archive for each release.
     archive=$cache/$release.tar
     if [ ! -s "$archive" ]; then
-        mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Origin: Debian' | head -n 1)
-        [ -n "$mirror" ] || die "this machine's package configuration names no mirror of Debian"
-        mkdir -p "$cache"
-        with_progress "fetching $release" \
-            mmdebstrap --variant=minbase --format=tar "$release" "$archive.part" "$mirror" ||
-            die "mmdebstrap could not fetch $release"
-        mv "$archive.part" "$archive"
+        fetch_release "$release" "$archive" --variant=minbase || die "mmdebstrap could not fetch $release"
     fi
 
     trap clean_up_machine EXIT

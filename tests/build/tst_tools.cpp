@@ -33,6 +33,9 @@ private Q_SLOTS:
     void fuzzerThatCannotRun_isRefusedBeforeAnythingIsBuilt();
     void noSandbox_isSaidBeforeAnythingIsBuilt_data();
     void noSandbox_isSaidBeforeAnythingIsBuilt();
+    void qtOfTheDevice_isFiveOrSix();
+    void devicesPackagesNotToBeHad_isSaidAndNothingIsBuilt_data();
+    void devicesPackagesNotToBeHad_isSaidAndNothingIsBuilt();
 
 private:
     void writeStub(const char *name, const QByteArray &commands);
@@ -49,8 +52,9 @@ void TestTools::init()
     QVERIFY(QDir(checkout->path()).mkpath(QStringLiteral("tools")));
     QVERIFY(QDir(checkout->path()).mkpath(QStringLiteral("tests/fuzz")));
     QVERIFY(QDir(checkout->path()).mkpath(QStringLiteral("stubs")));
-    for (const char *file : {"CMakePresets.json", "tools/lib.sh", "tools/test.sh", "tools/demo.sh",
-                             "tools/fuzz.sh", "tests/fuzz/fuzz_json.cpp"}) {
+    for (const char *file : {"CMakePresets.json", "tools/lib.sh", "tools/machine.sh", "tools/device.sh",
+                             "tools/test.sh", "tools/demo.sh", "tools/fuzz.sh", "tools/armhf.sh",
+                             "tools/package.sh", "tests/fuzz/fuzz_json.cpp"}) {
         QVERIFY(QFile::copy(sources.filePath(QLatin1String(file)), inCheckout(file)));
     }
     // Every package is there, so that none is installed.
@@ -152,6 +156,45 @@ void TestTools::noSandbox_isSaidBeforeAnythingIsBuilt()
                      "tests and the demo need one: allow user namespaces on this machine, or run in a "
                      "container that is allowed to make them.\n"));
     QVERIFY(!QDir(inCheckout("build")).exists());
+}
+
+void TestTools::qtOfTheDevice_isFiveOrSix()
+{
+    const QStringList words{QStringLiteral("armhf.sh"), QStringLiteral("--qt"), QStringLiteral("4")};
+
+    const Outcome outcome = runScript(words);
+
+    QVERIFY(outcome.ended);
+    QVERIFY(outcome.status != 0);
+    QCOMPARE(outcome.output, QString());
+    QCOMPARE(outcome.errors, QStringLiteral("armhf.sh: usage: armhf.sh [--qt 5|6]\n"));
+    QVERIFY(!QDir(inCheckout("build")).exists());
+}
+
+void TestTools::devicesPackagesNotToBeHad_isSaidAndNothingIsBuilt_data()
+{
+    QTest::addColumn<QStringList>("words");
+    QTest::newRow("build") << QStringList{QStringLiteral("armhf.sh")};
+}
+
+void TestTools::devicesPackagesNotToBeHad_isSaidAndNothingIsBuilt()
+{
+    QFETCH(QStringList, words);
+    writeStub("apt-get", "echo http://mirror.example/debian/");
+    writeStub("arm-linux-gnueabihf-g++", "echo 12");
+    writeStub("mmdebstrap", "echo 'E: cannot reach mirror.example' >&2; exit 1");
+
+    const Outcome outcome = runScript(words);
+
+    QVERIFY(outcome.ended);
+    QVERIFY(outcome.status != 0);
+    QVERIFY2(outcome.errors.contains(QStringLiteral("E: cannot reach mirror.example\n")),
+             qPrintable(outcome.errors));
+    QVERIFY2(outcome.errors.contains(words.first() + QStringLiteral(": the packages of the device (Debian ")),
+             qPrintable(outcome.errors));
+    QCOMPARE(QDir(inCheckout("build")).entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot),
+             QStringList(QStringLiteral("armhf")));
+    QVERIFY(QDir(inCheckout("build/armhf")).isEmpty());
 }
 
 QTEST_GUILESS_MAIN(TestTools)

@@ -1,0 +1,43 @@
+# shellcheck shell=bash
+# What the programs of a device with an ARMv7 processor are built against and run in, for the scripts that source this after
+# lib.sh and machine.sh: the root directory of one, with Debian's libraries and headers for armhf. It is never run as a
+# whole, and making it needs no root. Kept in build/armhf, or where QWIXTD_SYSROOT says.
+
+device_root=${QWIXTD_SYSROOT:-$ROOT/build/armhf/root}
+export QWIXTD_SYSROOT=$device_root
+
+# fit_root ROOT: makes the links of a new root lead into it, wherever it stands: those that begin at / would lead to this
+# machine's files.
+fit_root() {
+    local link
+    while IFS= read -r link; do
+        ln -sfnr "$1$(readlink "$link")" "$link"
+    done < <(find "$1/lib" "$1/usr/lib" -type l -lname '/*')
+}
+
+# make_device_root: installs the compiler for armhf and the emulator, and makes the root of the release of Debian that this
+# machine runs, as the generators of Qt have to be of the same version on both. Does nothing when it is there.
+make_device_root() {
+    local release compiler archive=$device_root.tar packages
+    release=$(. /etc/os-release && printf '%s\n' "${VERSION_CODENAME-}")
+    install_packages "${PACKAGES[@]}" "$@" crossbuild-essential-armhf qemu-user-static
+    compiler=$(arm-linux-gnueabihf-g++ -dumpversion)
+    packages=libc6-dev,libstdc++-${compiler%%.*}-dev,qt6-base-dev,qtbase5-dev,libdbus-1-dev,libcurl4-openssl-dev
+    packages+=,libedit-dev,libseccomp-dev
+    if [ "$(cat "$device_root/.packages" 2>/dev/null)" = "$release $packages" ]; then
+        return
+    fi
+    if [ ! -f "$device_root/.packages" ] && [ -e "$device_root" ]; then
+        die "$device_root was not made here: it is used as it is with cmake --preset device, and not by this script"
+    fi
+    fetch_release "$release" "$archive" --architectures=armhf --variant=extract "--include=$packages" ||
+        die "the packages of the device (Debian $release, armhf) could not be had. They are fetched once, over the network,\
+ from the mirror that this machine's package configuration names; above is what mmdebstrap said of it."
+    rm -rf --one-file-system "$device_root" "$device_root.part"
+    mkdir -p "$device_root.part"
+    tar -xf "$archive" -C "$device_root.part" --no-same-owner --exclude='./dev/*'
+    rm "$archive"
+    fit_root "$device_root.part"
+    printf '%s\n' "$release $packages" >"$device_root.part/.packages"
+    mv "$device_root.part" "$device_root"
+}
