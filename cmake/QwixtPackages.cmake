@@ -19,6 +19,12 @@ set(CPACK_PACKAGE_CONTACT "The maintainers of qwixtd <qwixtd@vorlet.example>")
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+if(CMAKE_CROSSCOMPILING)
+  # The libraries that the device's programs need are found in its root, and so is what dpkg knows of them (DPKG_ADMINDIR).
+  set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE ${QWIXTD_DEBIAN_ARCHITECTURE})
+  set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
+    ${CMAKE_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE} ${CMAKE_SYSROOT}/lib/${CMAKE_LIBRARY_ARCHITECTURE})
+endif()
 
 # The first line of each description is the package's synopsis.
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "")

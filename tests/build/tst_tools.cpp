@@ -175,6 +175,7 @@ void TestTools::devicesPackagesNotToBeHad_isSaidAndNothingIsBuilt_data()
 {
     QTest::addColumn<QStringList>("words");
     QTest::newRow("build") << QStringList{QStringLiteral("armhf.sh")};
+    QTest::newRow("packages") << QStringList{QStringLiteral("package.sh"), QStringLiteral("--armhf")};
 }
 
 void TestTools::devicesPackagesNotToBeHad_isSaidAndNothingIsBuilt()
