@@ -19,7 +19,7 @@ part_of() {
         say "runs scripts of this machine, and no program of the device" ;;
     tst_devicesim | tst_devicesim_terminal | tst_proxyarguments)
         say "starts further programs through Qt, which does not work under the emulator" ;;
-    tst_buspolicy | tst_installeddocuments)
+    tst_buspolicy | tst_installeddocuments | tst_recipe)
         say "tests files that are the same on every processor" ;;
     tst_serviceunit)
         say "the emulator makes other system calls than the program that it runs" ;;
