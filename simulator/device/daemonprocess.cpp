@@ -64,7 +64,7 @@ void DaemonProcess::stop()
 
 QString DaemonProcess::errorText() const
 {
-    return QStringLiteral("cannot start %1: %2").arg(program, process.errorString());
+    return QStringLiteral("cannot start %1: it is not there, or no program").arg(program);
 }
 
 void DaemonProcess::readLines()

@@ -38,6 +38,7 @@ private Q_SLOTS:
     void malformedLine_isAnsweredWithItsReason_data();
     void malformedLine_isAnsweredWithItsReason();
     void key_isGivenToDeviceAndServer();
+    void keyThatIsNotNamed_isMadeUp();
     void clearedKey_isGoneFromTheDevice();
     void serverKey_isTheServersAlone();
     void remoteId_isSet();
@@ -50,6 +51,7 @@ private Q_SLOTS:
     void service_isStopped();
     void service_isStarted_data();
     void service_isStarted();
+    void note_standsInTheTrace();
     void applications_areAddedAndListed();
     void application_isRemoved();
     void faultCommand_changesTheNextAnswers_data();
@@ -217,6 +219,11 @@ void TestCommandInterpreter::malformedLine_isAnsweredWithItsReason_data()
     QTest::newRow("start service") << QStringLiteral("start-service bus")
                                    << QStringLiteral(
                                           "error: \"bus\" is not daemon, widget-manager or qwixtd");
+    QTest::newRow("no daemon to start")
+        << QStringLiteral("start-service qwixtd")
+        << QStringLiteral("error: this simulator was given no program to start (--qwixtd)");
+    QTest::newRow("no daemon to stop") << QStringLiteral("stop-service qwixtd")
+                                       << QStringLiteral("error: this simulator did not start it (--qwixtd)");
     QTest::newRow("count") << QStringLiteral("fail some 503")
                            << QStringLiteral("error: \"some\" is not a number of answers or \"always\"");
     QTest::newRow("count zero") << QStringLiteral("close 0")
@@ -250,6 +257,18 @@ void TestCommandInterpreter::key_isGivenToDeviceAndServer()
     QCOMPARE(answer, QStringLiteral("ok"));
     QCOMPARE(send("GET").status, 200);
     QCOMPARE(askDaemon(QStringLiteral("apiKey")).arguments(), QVariantList{QStringLiteral("topsecret")});
+}
+
+void TestCommandInterpreter::keyThatIsNotNamed_isMadeUp()
+{
+    const QString first = type(QStringLiteral("set-key"));
+    const QString firstKey = device->daemon().apiKey();
+    type(QStringLiteral("set-key"));
+
+    QCOMPARE(first, QStringLiteral("ok"));
+    QVERIFY(firstKey.size() >= 32);
+    QVERIFY(device->daemon().apiKey() != firstKey);
+    QVERIFY(!trace.join(QLatin1Char('\n')).contains(firstKey));
 }
 
 void TestCommandInterpreter::clearedKey_isGoneFromTheDevice()
@@ -382,6 +401,14 @@ void TestCommandInterpreter::service_isStarted()
     QCOMPARE(first, QStringLiteral("ok"));
     QCOMPARE(second, QStringLiteral("ok: it was running already"));
     QVERIFY(isRunning(isDaemon));
+}
+
+void TestCommandInterpreter::note_standsInTheTrace()
+{
+    const QString answer = type(QStringLiteral("note \"two\\nlines\""));
+
+    QCOMPARE(answer, QStringLiteral("ok"));
+    QCOMPARE(trace.last().mid(13), QStringLiteral("note   two\\nlines"));
 }
 
 void TestCommandInterpreter::applications_areAddedAndListed()

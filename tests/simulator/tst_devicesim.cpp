@@ -33,6 +33,10 @@ private Q_SLOTS:
     void badStart_isOneLineAndStatus1_data();
     void badStart_isOneLineAndStatus1();
     void lostBus_endsTheProgramWithAMessage();
+    void page_isNamedBeforeTheProgramIsReady();
+    void daemonProgram_isRunWithTheServersHost();
+    void daemonProgram_isStoppedAndStarted();
+    void daemonProgramThatEnds_isReported();
     void takenName_isReported();
     void takenPort_isReported();
 
@@ -41,8 +45,10 @@ private:
     void start(const QStringList &arguments, bool withBusInEnvironment = false);
     QByteArray readUntil(const QByteArray &text);
     void type(const QByteArray &line);
+    QString daemonThat(const QByteArray &commands) const;
 
     PrivateBus bus;
+    QTemporaryDir directory;
     std::unique_ptr<QProcess> program;
     QByteArray output;
 };
@@ -221,6 +227,11 @@ void TestDevicesim::badStart_isOneLineAndStatus1_data()
         << QByteArray("qwixt-devicesim: cannot read the certificate /nonexistent.pem\n");
     QTest::newRow("port") << withServer({QStringLiteral("--port"), QStringLiteral("70000")})
                           << QByteArray("qwixt-devicesim: not a port: 70000\n");
+    QTest::newRow("page's port") << withServer({QStringLiteral("--web"), QStringLiteral("http")})
+                                 << QByteArray("qwixt-devicesim: not a port: http\n");
+    QTest::newRow("no daemon there") << withServer({QStringLiteral("--qwixtd"), noFile})
+                                     << QByteArray("qwixt-devicesim: cannot start /nonexistent.pem: "
+                                                   "execvp: No such file or directory\n");
     QTest::newRow("no pipe there") << withServer({QStringLiteral("--show"), noFile})
                                    << QByteArray("qwixt-devicesim: cannot read from /nonexistent.pem\n");
     QTest::newRow("stray word") << withServer({QStringLiteral("word")})
@@ -254,6 +265,59 @@ void TestDevicesim::lostBus_endsTheProgramWithAMessage()
     QCOMPARE(program->exitCode(), 1);
     QCOMPARE(program->readAllStandardError(),
              "qwixt-devicesim: lost the bus at " + shortLived.address().toUtf8() + '\n');
+}
+
+// Writes a program that stands in for the daemon.
+QString TestDevicesim::daemonThat(const QByteArray &commands) const
+{
+    const QString path = directory.filePath(QStringLiteral("daemon"));
+    QFile file(path);
+    const bool isWritten = file.open(QIODevice::WriteOnly) &&
+                           file.write("#!/bin/sh\n" + commands + '\n') > 0 &&
+                           file.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    return isWritten ? path : QString();
+}
+
+void TestDevicesim::page_isNamedBeforeTheProgramIsReady()
+{
+    start(withServer({QStringLiteral("--web"), QStringLiteral("0")}));
+
+    QVERIFY(!readUntil("ready: ").isEmpty());
+
+    const auto at = output.indexOf("page: http://127.0.0.1:");
+    QVERIFY(at >= 0 && at < output.indexOf("ready: "));
+}
+
+void TestDevicesim::daemonProgram_isRunWithTheServersHost()
+{
+    const QString stub = daemonThat("echo \"host $QWIXTD_SERVER_HOST\"; echo oops >&2; exec sleep 60");
+
+    start(withServer({QStringLiteral("--qwixtd"), stub}));
+
+    QVERIFY(!readUntil("oops\n").isEmpty());
+    const QByteArray host = output.mid(output.indexOf("ready: https://") + 15).split('\n').first();
+    QVERIFY2(output.contains("host " + host + '\n'), output.constData());
+}
+
+void TestDevicesim::daemonProgram_isStoppedAndStarted()
+{
+    start(withServer({QStringLiteral("--qwixtd"), daemonThat("echo up; exec sleep 60")}));
+    QVERIFY(!readUntil("up\n").isEmpty());
+
+    type("start-service qwixtd\nstop-service qwixtd\nstop-service qwixtd\nstart-service qwixtd\nlist\n");
+
+    QVERIFY(!readUntil("the server holds").isEmpty());
+    QVERIFY2(output.contains("\nok: it was running already\nok\nok: it was stopped already\nok\n"),
+             output.constData());
+    QTRY_COMPARE(readUntil("up\n").count("up\n"), 2);
+}
+
+void TestDevicesim::daemonProgramThatEnds_isReported()
+{
+    start(withServer({QStringLiteral("--qwixtd"), daemonThat("echo last words; exit 7")}));
+
+    QVERIFY(!readUntil("qwixtd ended with status 7\n").isEmpty());
+    QVERIFY(output.contains("last words\n"));
 }
 
 void TestDevicesim::takenName_isReported()

@@ -6,6 +6,7 @@
 
 #include <QSslSocket>
 #include <QTcpSocket>
+#include <QTimer>
 
 #include <curl/curl.h>
 #include <memory>
@@ -53,6 +54,8 @@ private Q_SLOTS:
     void missingBytes_cutTheBodyOff();
     void endlessAnswer_goesOnUntilTheClientGoes_data() { withAndWithoutTls(); }
     void endlessAnswer_goesOnUntilTheClientGoes();
+    void streamedAnswer_goesOnWhenThereIsMore_data() { withAndWithoutTls(); }
+    void streamedAnswer_goesOnWhenThereIsMore();
     void noAnswer_keepsTheClientWaiting_data() { withAndWithoutTls(); }
     void noAnswer_keepsTheClientWaiting();
     void delay_isThatOfTheRequestItWasFor();
@@ -297,6 +300,38 @@ void TestHttpServer::endlessAnswer_goesOnUntilTheClientGoes()
     QVERIFY(endless.body.size() > enough);
     QCOMPARE(endless.body.left(enough), QByteArray("abc").repeated(enough / 3 + 1).left(enough));
     QCOMPARE(next.body, QByteArray("still there"));
+}
+
+void TestHttpServer::streamedAnswer_goesOnWhenThereIsMore()
+{
+    QFETCH(const bool, withTls);
+    QVERIFY(start(withTls));
+    QList<QByteArray> parts{"one ", "two "};
+    int timesAsked = 0;
+    HttpAnswer answer = answerOf("zero ");
+    answer.headers = "X-One: 1\r\nX-Two: 2\r\n";
+    answer.framing = HttpAnswer::Framing::Streamed;
+    answer.source = [&] {
+        ++timesAsked;
+        return parts.isEmpty() ? QByteArray() : parts.takeFirst();
+    };
+    server->queueAnswer(answer);
+    // Once all is sent it is woken, and its client hangs up at the ninth byte of what comes then.
+    client->setLargestBody(21);
+    QTimer waker;
+    connect(&waker, &QTimer::timeout, this, [&] {
+        if (parts.isEmpty() && timesAsked == 3) {
+            parts = {"three ", "four "};
+            server->wakeStreams();
+        }
+    });
+    waker.start(10);
+
+    const HttpsClient::Result result = send();
+
+    QCOMPARE(result.code, static_cast<int>(CURLE_WRITE_ERROR));
+    QCOMPARE(result.body, QByteArray("zero one two three four "));
+    QVERIFY(server->requests().at(0).answerBytes.contains("\r\nX-One: 1\r\nX-Two: 2\r\n\r\nzero "));
 }
 
 void TestHttpServer::noAnswer_keepsTheClientWaiting()
