@@ -229,9 +229,9 @@ void TestDevicesim::badStart_isOneLineAndStatus1_data()
                           << QByteArray("qwixt-devicesim: not a port: 70000\n");
     QTest::newRow("page's port") << withServer({QStringLiteral("--web"), QStringLiteral("http")})
                                  << QByteArray("qwixt-devicesim: not a port: http\n");
-    QTest::newRow("no daemon there") << withServer({QStringLiteral("--qwixtd"), noFile})
-                                     << QByteArray("qwixt-devicesim: cannot start /nonexistent.pem: "
-                                                   "execvp: No such file or directory\n");
+    QTest::newRow("no daemon there")
+        << withServer({QStringLiteral("--qwixtd"), noFile})
+        << QByteArray("qwixt-devicesim: cannot start /nonexistent.pem: it is not there, or no program\n");
     QTest::newRow("no pipe there") << withServer({QStringLiteral("--show"), noFile})
                                    << QByteArray("qwixt-devicesim: cannot read from /nonexistent.pem\n");
     QTest::newRow("stray word") << withServer({QStringLiteral("word")})
