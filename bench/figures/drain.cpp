@@ -55,8 +55,8 @@ int floorOnce(const QString &bundle, StaticServer &server, int count, Cost &cost
     QwixtdProcess floor(QStringLiteral(CURL_FLOOR), bundle);
     floor.setEnvironment(QStringLiteral("FLOOR_REQUESTS"), QString::number(count));
     server.clear();
-    const bool isDone = floor.start(QString(), server.host()) && floor.waitForExit(floorTimeoutMs) &&
-                        floor.exitStatus() == 0;
+    const bool isDone =
+        floor.start(QString(), server.host()) && floor.waitForExit(floorTimeoutMs) && floor.exitStatus() == 0;
     const QByteArray output = floor.output();
     require(isDone, QStringLiteral("the libcurl program fails: ") + QString::fromUtf8(output));
     const QVector<AnsweredRequest> requests = server.waitForAnswered(count + 1);

@@ -1,0 +1,43 @@
+#include "figures.h"
+#include "measures.h"
+#include "nameonbus.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+
+namespace
+{
+constexpr int patienceMs = 20000;
+constexpr double nsPerMs = 1e6;
+
+/// From the start of the process to its name on the bus.
+double startMs(NameOnBus &name, const QString &program)
+{
+    QProcess process;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), name.address());
+    process.setProcessEnvironment(environment);
+    QElapsedTimer elapsed;
+    elapsed.start();
+    process.start(program, QStringList());
+    name.waitFor(true);
+    const auto taken = static_cast<double>(elapsed.nsecsElapsed());
+    process.kill();
+    process.waitForFinished(patienceMs);
+    name.waitFor(false);
+    return taken / nsPerMs;
+}
+} // namespace
+
+QVector<Row> Figures::start(const Scale &scale)
+{
+    NameOnBus name;
+    QVector<double> figure;
+    QVector<double> floor;
+    for (int round = 0; round < scale.starts; ++round) {
+        floor.append(startMs(name, QStringLiteral(PROCESS_FLOOR)));
+        figure.append(startMs(name, QStringLiteral(QWIXTD_PROGRAM)));
+    }
+    return {{QStringLiteral("start of the process to its name on the bus"), QStringLiteral("ms"),
+             least(figure), least(floor), 1.0}};
+}
