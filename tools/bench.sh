@@ -23,9 +23,9 @@ prepare() {
     build release "$@"
 }
 
-# Instructions of one turn of each micro-benchmark, which counts those that it asks callgrind to.
+# count_instructions FILTER: those of one turn of each micro-benchmark of such a name, which asks callgrind to count them.
 count_instructions() {
-    local name count
+    local name count=''
     printf '%-50s %12s\n' 'benchmark' 'instructions'
     while read -r name; do
         count=$(valgrind --tool=callgrind --collect-atstart=no --callgrind-out-file=/dev/null \
@@ -33,12 +33,13 @@ count_instructions() {
             awk '/Collected : / { print $NF }')
         [[ $count =~ ^[1-9][0-9]*$ ]] || die "callgrind counts nothing in $name"
         printf '%-50s %12s\n' "$name" "$count"
-    done < <("$programs/qwixtd_micro" --benchmark_list_tests)
+    done < <("$programs/qwixtd_micro" --benchmark_list_tests "--benchmark_filter=$1")
+    [ -n "$count" ] || die "there is no micro-benchmark $1"
 }
 
 micro() {
     "$programs/qwixtd_micro" "$@"
-    count_instructions
+    count_instructions .
 }
 
 smoke() {
@@ -49,6 +50,7 @@ smoke() {
     "$programs/qwixtd_fleet" --devices 3 --requests 2 --outage 6 --plot "$scratch/fleet.svg"
     grep -q '</svg>' "$scratch/fleet.svg" || die "the plot is not in its file"
     "$programs/qwixtd_micro" --benchmark_min_time=0.001
+    count_instructions body
 }
 
 # Not every user looks for programs where nginx is.
