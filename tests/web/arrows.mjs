@@ -6,7 +6,7 @@ const unescape = (text) => text.replace(/&lt;/g, '<').replace(/&gt;/g, '>').repl
 export function arrowsOf(svg) {
   const labels = [...svg.matchAll(/<g class="event [^>]*aria-label="([^"]*)"/g)].map(([, label]) => unescape(label));
   return labels.map((label) => /^[\d:.]+, [^,]+ to [^,]+, (\w+), (.*)$/s.exec(label)).filter(Boolean)
-    .map(([, kind, text]) => `${kind} ${text.replace(/(, again after [^,]+?)?(, (\d+ ms|[\d.]+ s))?(, failed)?$/, '')}`);
+    .map(([, kind, text]) => `${kind} ${text.replace(/(, again after [^,]+?)?(, (< 1 ms|\d+ ms|[\d.]+ s))?(, failed)?$/, '')}`);
 }
 
 /** The events of a saved trace. */

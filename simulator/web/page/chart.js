@@ -92,6 +92,10 @@ export class Chart {
   }
 
   resize() {
+    const row = this.selected && !this.isFollowing && this.layout.rowOf(this.selected);
+    if (row) {
+      this.reveal(row);
+    }
     this.geometry = geometryOf(Math.max(280, this.view.clientWidth));
     this.picture.setAttribute('width', this.geometry.width);
     this.heads.style.paddingLeft = `${this.geometry.left}px`;
@@ -148,6 +152,8 @@ export class Chart {
   choose(row) {
     if (row) {
       this.selected = row.event;
+      // What a person looks at does not run away.
+      this.isFollowing = row === this.layout.rows.at(-1);
       this.select(row.event);
       this.reveal(row);
       this.draw();
@@ -160,9 +166,13 @@ export class Chart {
     this.choose(row?.event && row);
   }
 
+  // A step further is a step of the picture; what is far away comes to its middle.
   reveal(row) {
     const {scrollTop, clientHeight} = this.view;
-    if (row.y < scrollTop) {
+    const away = Math.max(scrollTop - row.y, row.y + row.height - scrollTop - clientHeight);
+    if (away > 3 * rowHeight) {
+      this.view.scrollTop = row.y - (clientHeight - row.height) / 2;
+    } else if (row.y < scrollTop) {
       this.view.scrollTop = row.y;
     } else if (row.y + row.height > scrollTop + clientHeight) {
       this.view.scrollTop = row.y + row.height - clientHeight;

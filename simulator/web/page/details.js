@@ -18,8 +18,8 @@ function facts(event) {
     ['Failed', event.failed ? event.failure || 'yes' : ''],
     ['Repeated', event.retryOf ? `${duration(event.retryAfterMs)} after the answer to the last try` : ''],
   ].filter(([, value]) => value);
-  return element('dl', {}, ...known.flatMap(([name, value]) =>
-    [element('dt', {}, name), element('dd', {}, String(value))]));
+  return element('dl', {}, ...known.map(([name, value]) =>
+    element('div', {}, element('dt', {}, name), element('dd', {}, String(value)))));
 }
 
 function part(title, text) {

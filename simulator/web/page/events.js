@@ -17,12 +17,15 @@ export class Events {
   /** Numbers count anew in every run of the simulator. */
   beginRun(run) {
     const isAnother = this.run && this.run !== run;
-    const last = this.list.at(-1);
     this.run = run;
     if (isAnother) {
-      this.add([{n: 0, t: last?.t ?? Date.now(), kind: 'note', from: '', to: '',
-        title: 'The simulator was started again'}]);
+      this.addNote(0, 'The simulator was started again');
     }
+  }
+
+  /** A remark of the page's own, under a number that no event has. */
+  addNote(number, title) {
+    this.add([{n: number, t: this.list.at(-1)?.t ?? Date.now(), kind: 'note', from: '', to: '', title}]);
   }
 
   /** Takes events of the present run; one that is there already is left out. */

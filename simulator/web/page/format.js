@@ -16,8 +16,11 @@ export function clockTime(ms, isShort = false) {
   return isShort ? time : `${time}.${String(date.getMilliseconds()).padStart(3, '0')}`;
 }
 
-/** "12 ms", "5.0 s" or "2 min 5 s". */
+/** "< 1 ms", "12 ms", "5.0 s" or "2 min 5 s". */
 export function duration(ms) {
+  if (ms < 1) {
+    return '< 1 ms';
+  }
   if (ms < 1000) {
     return `${Math.round(ms)} ms`;
   }
@@ -56,10 +59,10 @@ export function commandWord(text) {
 
 const bytesOf = (characters) => Uint8Array.from(characters, (character) => character.charCodeAt(0));
 
-/** Bytes that came as characters from 0 to 255, as text; what ends a line is shown. */
+/** Bytes that came as characters from 0 to 255, as text; what ends a line and cannot be seen is written out. */
 export function bytesAsText(characters) {
   return new TextDecoder().decode(bytesOf(characters))
-    .replace(/\r\n/g, '\u240d\u240a\n').replace(/\0/g, '\u2400').replace(/\r/g, '\u240d');
+    .replace(/\r/g, '\\r').replace(/\n/g, '\\n\n').replace(/\0/g, '\\0').replace(/\t/g, '\\t');
 }
 
 /** The same bytes as lines of hexadecimal digits, sixteen bytes each. */

@@ -101,7 +101,11 @@ function reportStep(index, problem) {
   [...at('steps').children].forEach((item, i) => {
     const isBad = i === index && problem;
     item.className = isBad ? 'bad' : (i < index ? 'done' : (i === index ? 'now' : ''));
-    item.toggleAttribute('aria-current', i === index);
+    if (i === index) {
+      item.setAttribute('aria-current', 'step');
+    } else {
+      item.removeAttribute('aria-current');
+    }
   });
   at('storyline').textContent = problem ? `Step ${index + 1} did not come true: ${problem}`
     : (isOver ? 'The story came true.' : `Step ${index + 1} of ${storySteps.length}: ${storySteps[index]}`);
@@ -138,7 +142,7 @@ function goLive() {
       events.add(list);
       offerWidgets();
     },
-    missing: (first, last) => say(`events ${first} to ${last} are no longer held`, 'bad'),
+    missing: (first, last) => events.addNote(-last, `Events ${first} to ${last} are no longer held`),
     state: (state) => {
       controls.show(state);
       at('play').disabled = !state.qwixtd.ours;

@@ -59,7 +59,9 @@ function label(event, geometry, y) {
   const badge = said.length ? `  ${said.join(', ')}` : '';
   const room = geometry.width - x - 12;
   const badgeRoom = Math.min((badge.length + 1) * characterWidth, room * 0.6);
-  const title = mark + cut(event.title, room - badgeRoom - mark.length * characterWidth);
+  // Where there is little room, the lane says enough of who it is.
+  const words = geometry.isNarrow ? event.title.replace(/^(vorlet\.daemon|widget\.manager) (says )?/, '') : event.title;
+  const title = mark + cut(words, room - badgeRoom - mark.length * characterWidth);
   return svg('text', {class: 'label', x, y: y - 7, 'xml:space': 'preserve'},
     svg('tspan', {}, title), ...(badge ? [svg('tspan', {class: 'badge'}, cut(badge, badgeRoom))] : []));
 }
