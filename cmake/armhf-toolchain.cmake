@@ -6,6 +6,8 @@ set(CMAKE_SYSTEM_PROCESSOR armv7l)
 set(CMAKE_CXX_COMPILER ${triplet}-g++)
 set(CMAKE_LIBRARY_ARCHITECTURE ${triplet})
 set(QWIXTD_DEBIAN_ARCHITECTURE armhf)
+# GCC notes wherever its version 7 has changed how values are passed.
+set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
 
 if(NOT QWIXTD_SYSROOT)
   if(DEFINED ENV{QWIXTD_SYSROOT})
@@ -35,12 +37,16 @@ set(ENV{PKG_CONFIG_LIBDIR} "${CMAKE_SYSROOT}/usr/lib/${triplet}/pkgconfig:${CMAK
 set(ENV{PKG_CONFIG_PATH} "")
 
 # The generators of Qt have to run here. Qt 6 asks where this machine's are; Qt 5 takes what is there already.
-set(QT_HOST_PATH /usr)
-set(QT_HOST_PATH_CMAKE_DIR /usr/lib/${CMAKE_HOST_SYSTEM_PROCESSOR}-linux-gnu/cmake)
-if(NOT TARGET Qt5::moc AND EXISTS /usr/lib/qt5/bin/moc)
-  add_executable(Qt5::moc IMPORTED GLOBAL)
-  set_target_properties(Qt5::moc PROPERTIES IMPORTED_LOCATION /usr/lib/qt5/bin/moc)
+if(NOT QT_HOST_PATH)
+  set(QT_HOST_PATH /usr)
+  set(QT_HOST_PATH_CMAKE_DIR /usr/lib/${CMAKE_HOST_SYSTEM_PROCESSOR}-linux-gnu/cmake)
 endif()
+foreach(generator moc rcc)
+  if(NOT TARGET Qt5::${generator} AND EXISTS /usr/lib/qt5/bin/${generator})
+    add_executable(Qt5::${generator} IMPORTED GLOBAL)
+    set_target_properties(Qt5::${generator} PROPERTIES IMPORTED_LOCATION /usr/lib/qt5/bin/${generator})
+  endif()
+endforeach()
 
 # Where the emulator is, the device's programs run here, as the tests do.
 find_program(QWIXTD_EMULATOR qemu-arm-static DOC "Runs the device's programs on this machine")
