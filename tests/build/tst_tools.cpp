@@ -76,6 +76,7 @@ Outcome TestTools::runScript(const QStringList &words) const
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("PATH"),
                        inCheckout("stubs:") + environment.value(QStringLiteral("PATH")));
+    environment.remove(QStringLiteral("QWIXTD_SYSROOT"));
     script.setProcessEnvironment(environment);
     script.setStandardInputFile(QProcess::nullDevice());
     script.start(inCheckout("tools/") + words.first(), words.mid(1));
