@@ -33,6 +33,9 @@ private Q_SLOTS:
     void fuzzerThatCannotRun_isRefusedBeforeAnythingIsBuilt();
     void noSandbox_isSaidBeforeAnythingIsBuilt_data();
     void noSandbox_isSaidBeforeAnythingIsBuilt();
+    void demoThatIsNone_isRefused_data();
+    void demoThatIsNone_isRefused();
+    void browserThatCannotBeHad_isSaidAndLeftOut();
     void qtOfTheDevice_isFiveOrSix();
     void devicesPackagesNotToBeHad_isSaidAndNothingIsBuilt_data();
     void devicesPackagesNotToBeHad_isSaidAndNothingIsBuilt();
@@ -66,7 +69,7 @@ void TestTools::writeStub(const char *name, const QByteArray &commands)
 {
     QFile stub(inCheckout("stubs/") + QLatin1String(name));
     QVERIFY(stub.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    QVERIFY(stub.write("#!/bin/sh\n" + commands + "\n") > 0);
+    QVERIFY(stub.write("#!/bin/bash\n" + commands + "\n") > 0);
     QVERIFY(stub.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner));
 }
 
@@ -137,6 +140,7 @@ void TestTools::noSandbox_isSaidBeforeAnythingIsBuilt_data()
     QTest::newRow("demo") << QStringList{QStringLiteral("demo.sh")};
     QTest::newRow("interactive demo")
         << QStringList{QStringLiteral("demo.sh"), QStringLiteral("--interactive")};
+    QTest::newRow("demo in a browser") << QStringList{QStringLiteral("demo.sh"), QStringLiteral("--web")};
     QTest::newRow("tests") << QStringList{QStringLiteral("test.sh")};
 }
 
@@ -157,6 +161,51 @@ void TestTools::noSandbox_isSaidBeforeAnythingIsBuilt()
                      "tests and the demo need one: allow user namespaces on this machine, or run in a "
                      "container that is allowed to make them.\n"));
     QVERIFY(!QDir(inCheckout("build")).exists());
+}
+
+void TestTools::demoThatIsNone_isRefused_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QString>("reason");
+    QTest::newRow("no such option") << QStringList{QStringLiteral("--page")}
+                                    << QStringLiteral("usage: demo.sh [--interactive | --web [PORT]]");
+    QTest::newRow("no port") << QStringList{QStringLiteral("--web"), QStringLiteral("http")}
+                             << QStringLiteral("not a port: http");
+}
+
+void TestTools::demoThatIsNone_isRefused()
+{
+    QFETCH(const QStringList, options);
+    QFETCH(const QString, reason);
+
+    const Outcome outcome = runScript(QStringList{QStringLiteral("demo.sh")} + options);
+
+    QVERIFY(outcome.ended);
+    QCOMPARE(outcome.status, 1);
+    QCOMPARE(outcome.errors, QStringLiteral("demo.sh: %1\n").arg(reason));
+    QVERIFY(!QDir(inCheckout("build")).exists());
+}
+
+void TestTools::browserThatCannotBeHad_isSaidAndLeftOut()
+{
+    QVERIFY(QDir(checkout->path()).mkpath(QStringLiteral("tests/web")));
+    for (const char *file : {"tests/web/package.json", "tests/web/package-lock.json"}) {
+        QVERIFY(QFile::copy(QDir(QStringLiteral(SOURCE_DIRECTORY)).filePath(QLatin1String(file)),
+                            inCheckout(file)));
+    }
+    writeStub("chromium", "exit 0");
+    writeStub("npm", "echo 'npm: no network' >&2; exit 1");
+    writeStub("../tools/try.sh",
+              "set -euo pipefail; . \"$(dirname \"$0\")/lib.sh\"; install_browser || echo left out");
+
+    const Outcome outcome = runScript({QStringLiteral("try.sh")});
+
+    QVERIFY(outcome.ended);
+    QCOMPARE(outcome.output,
+             QStringLiteral("installing what drives the browser\n"
+                            "the page is not tested in a browser: npm could not install what drives it\n"
+                            "left out\n"));
+    QCOMPARE(outcome.errors, QStringLiteral("npm: no network\n"));
 }
 
 void TestTools::qtOfTheDevice_isFiveOrSix()
