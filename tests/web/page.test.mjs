@@ -7,6 +7,12 @@ import {arrowsOf, eventsOf, expectedArrows} from './arrows.mjs';
 import {downloaded, openPage, startBrowser, takePicture, violations} from './browser.mjs';
 import {Device, until} from './device.mjs';
 
+// A script of the page that needs no browser.
+async function script(name) {
+  const text = readFileSync(new URL(`../../simulator/web/page/${name}`, import.meta.url), 'utf8');
+  return import(`data:text/javascript,${encodeURIComponent(text)}`);
+}
+
 const device = new Device();
 let browser;
 
@@ -118,6 +124,11 @@ test('callsOfOtherPrograms_areArrowsToo', async () => {
   const arrows = arrowsOf(await exported(page));
   assert.deepEqual(arrows.slice(0, 2).sort(), ['answer deleteQwixtApplication -> ()',
     'call deleteQwixtApplication("app-99", "stranger", "face")']);
+  await page.getByRole('option', {name: 'call, deleteQwixtApplication'}).click();
+  const details = await page.textContent('#details');
+  assert.ok(details.includes('com.vorlet.qwixtd') && details.includes('"app-99"'), details);
+  await page.getByRole('button', {name: 'Close the details'}).click();
+  assert.ok(await page.locator('#details').isHidden());
   await close(page);
 });
 
@@ -233,7 +244,12 @@ test('pausesToScale_areAsLongAsTheyWere', async () => {
 
   await page.selectOption('#scale', 'to scale');
 
-  const svg = await exported(page);
+  const path = await downloaded(page, () => page.click('#export'));
+  const svg = readFileSync(path, 'utf8');
+  const picture = await openPage(browser, `file://${path}`);
+  assert.equal(await picture.locator('g.event').count(), await count(page));
+  assert.ok(!svg.includes('var('), 'a colour that only the page knows');
+  await close(picture);
   const [, pixels, words] = /height="([\d.]+)"\/>\s*<text[^>]*>([^<]*) until the next try/.exec(svg);
   await until('a longer picture', async () => (await height()) > folded + 150);
   assert.match(words, /^5\.\d s$/);
@@ -348,11 +364,38 @@ test('thousandEventsASecond_doNotStutterAndAreAllThere', async () => {
   clearInterval(timer);
   await until('all events', async () => (await count(page)) === start + sent);
 
+  const file = eventsOf(readFileSync(await saved(page), 'utf8'));
+  assert.equal(file.filter((event) => event.title.startsWith('flood-')).length, sent);
   const elements = await page.evaluate(() => document.querySelectorAll('*').length);
   assert.ok(flooded <= 2 * calm + 17, `${flooded} ms from frame to frame, ${calm} ms before`);
   assert.ok(elements < 2000, `${elements} elements`);
   console.log(`from frame to frame: ${calm.toFixed(1)} ms calm, ${flooded.toFixed(1)} ms flooded; ${elements} elements`);
   await close(page);
+});
+
+test('hundredThousandEvents_areHeldAndTheOldestGo', async () => {
+  const {Events, Filter} = await script('events.js');
+  const {Layout, rowHeight} = await script('layout.js');
+  const events = new Events();
+  const layout = new Layout(new Filter());
+  let isShortened = false;
+  events.listeners.push((fresh, shortened) => {
+    isShortened ||= shortened;
+    layout.append(fresh);
+  });
+  events.beginRun('a');
+
+  for (let n = 1; n <= 105000; n += 1000) {
+    events.add(Array.from({length: 1000}, (unused, i) => ({n: n + i, t: n + i, kind: 'note', from: 'server', to: 'server'})));
+  }
+  events.add([{n: 105000, t: 105000}]);
+
+  assert.equal(events.list.length, 95000);
+  assert.equal(events.dropped, 10000);
+  assert.equal(events.list[0].n, 10001);
+  assert.equal(events.byId.size, 95000);
+  assert.ok(isShortened);
+  assert.ok(layout.between(50000 * rowHeight, 50010 * rowHeight).length <= 11);
 });
 
 test('pageOfAnotherOrigin_cannotDriveTheDevice', async () => {
