@@ -57,7 +57,7 @@ void TestTools::init()
     QVERIFY(QDir(checkout->path()).mkpath(QStringLiteral("stubs")));
     for (const char *file : {"CMakePresets.json", "tools/lib.sh", "tools/machine.sh", "tools/device.sh",
                              "tools/test.sh", "tools/demo.sh", "tools/fuzz.sh", "tools/armhf.sh",
-                             "tools/package.sh", "tests/fuzz/fuzz_json.cpp"}) {
+                             "tools/package.sh", "tools/bench.sh", "tests/fuzz/fuzz_json.cpp"}) {
         QVERIFY(QFile::copy(sources.filePath(QLatin1String(file)), inCheckout(file)));
     }
     // Every package is there, so that none is installed.
@@ -142,6 +142,9 @@ void TestTools::noSandbox_isSaidBeforeAnythingIsBuilt_data()
         << QStringList{QStringLiteral("demo.sh"), QStringLiteral("--interactive")};
     QTest::newRow("demo in a browser") << QStringList{QStringLiteral("demo.sh"), QStringLiteral("--web")};
     QTest::newRow("tests") << QStringList{QStringLiteral("test.sh")};
+    QTest::newRow("benchmarks") << QStringList{QStringLiteral("bench.sh")};
+    QTest::newRow("small benchmarks") << QStringList{QStringLiteral("bench.sh"), QStringLiteral("--smoke")};
+    QTest::newRow("fleet") << QStringList{QStringLiteral("bench.sh"), QStringLiteral("fleet")};
 }
 
 void TestTools::noSandbox_isSaidBeforeAnythingIsBuilt()
