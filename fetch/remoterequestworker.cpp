@@ -6,6 +6,7 @@
 RemoteRequestWorker::RemoteRequestWorker(QObject *parent)
     : QObject(parent)
     , fetcher(new VDataFetcher(this))
+    , results(this)
 {
 }
 
@@ -20,9 +21,10 @@ void RemoteRequestWorker::addTask(VFetchTask *task)
 {
     // Connected once however often it is added. Disconnecting first would do that too, but a task may be
     // ending an earlier run at this moment, and its result would be lost in between.
-    const auto once = static_cast<Qt::ConnectionType>(Qt::AutoConnection | Qt::UniqueConnection);
-    connect(task, &VFetchTask::failure, this, &RemoteRequestWorker::taskFailedSlot, once);
-    connect(task, &VFetchTask::success, this, &RemoteRequestWorker::taskSuccessSlot, once);
+    if (task != nullptr && task->addListener(this)) {
+        results.connect(task, &VFetchTask::failure, &RemoteRequestWorker::taskFailedSlot);
+        results.connect(task, &VFetchTask::success, &RemoteRequestWorker::taskSuccessSlot);
+    }
     fetcher->addFetchTask(task, 0, true);
 }
 
@@ -50,14 +52,14 @@ void RemoteRequestWorker::finish()
 
 void RemoteRequestWorker::taskSuccessSlot(QByteArray data)
 {
-    if (const auto *task = qobject_cast<RemoteTaskWithDescription *>(sender())) {
+    if (const auto *task = qobject_cast<RemoteTaskWithDescription *>(results.sender())) {
         Q_EMIT taskSuccess(data, task->description);
     }
 }
 
 void RemoteRequestWorker::taskFailedSlot(int code, QByteArray data)
 {
-    if (const auto *task = qobject_cast<RemoteTaskWithDescription *>(sender())) {
+    if (const auto *task = qobject_cast<RemoteTaskWithDescription *>(results.sender())) {
         Q_EMIT taskFailed(code, data, task->description);
     }
 }

@@ -1,12 +1,12 @@
 #pragma once
 
 #include "remotetaskdescription.h"
+#include "tasksignals.h"
 
 #include <QByteArray>
 #include <QObject>
 
 class VDataFetcher;
-class VFetchTask;
 
 /// Carries out the manager's requests: takes tasks, has them run one at a time on a thread of their own, and
 /// reports each outcome with the task's description. Main thread only; a task belongs to its maker until
@@ -49,4 +49,5 @@ public Q_SLOTS:
 
 private:
     VDataFetcher *fetcher;
+    TaskSignals<RemoteRequestWorker> results;
 };

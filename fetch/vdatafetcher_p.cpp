@@ -13,6 +13,7 @@ VDataFetcherPrivate::VDataFetcherPrivate(VDataFetcher *fetcher)
     : QObject(fetcher)
     , q(fetcher)
     , thread(new VThread(this))
+    , results(this)
 {
     connect(thread.data(), &QThread::started, this, &VDataFetcherPrivate::processNextTask);
     connect(thread.data(), &QThread::finished, thread.data(), &QObject::deleteLater);
@@ -116,24 +117,22 @@ void VDataFetcherPrivate::reportNotRun(VFetchTask *task)
 
 void VDataFetcherPrivate::connectTask(VFetchTask *task)
 {
-    // Unique, because a single-shot task that is handed over again stands in none of the lists here.
-    const auto once = static_cast<Qt::ConnectionType>(Qt::AutoConnection | Qt::UniqueConnection);
-    connect(task, &VFetchTask::doUpdate, this, qOverload<>(&VDataFetcherPrivate::addTaskToExecQueue), once);
-    connect(task, &VFetchTask::success, this, &VDataFetcherPrivate::taskFinishedSuccess, once);
-    connect(task, &VFetchTask::failure, this, &VDataFetcherPrivate::taskFinishedFailure, once);
-    connect(task, &VFetchTask::invokeIntervalChanged, this, &VDataFetcherPrivate::taskInvokeIntervalChanged,
-            once);
-    connect(task, &VFetchTask::typeChanged, this, &VDataFetcherPrivate::taskTypeChanged, once);
+    // Asked of the task, because a single-shot task that is handed over again stands in none of the lists
+    // here.
+    if (!task->addListener(this)) {
+        return;
+    }
+    connect(task, &VFetchTask::doUpdate, this, qOverload<>(&VDataFetcherPrivate::addTaskToExecQueue));
+    results.connect(task, &VFetchTask::success, &VDataFetcherPrivate::taskFinishedSuccess);
+    results.connect(task, &VFetchTask::failure, &VDataFetcherPrivate::taskFinishedFailure);
+    connect(task, &VFetchTask::invokeIntervalChanged, this, &VDataFetcherPrivate::taskInvokeIntervalChanged);
+    connect(task, &VFetchTask::typeChanged, this, &VDataFetcherPrivate::taskTypeChanged);
 }
 
 void VDataFetcherPrivate::disconnectTask(VFetchTask *task)
 {
-    disconnect(task, &VFetchTask::invokeIntervalChanged, this,
-               &VDataFetcherPrivate::taskInvokeIntervalChanged);
-    disconnect(task, &VFetchTask::typeChanged, this, &VDataFetcherPrivate::taskTypeChanged);
-    disconnect(task, &VFetchTask::doUpdate, this, qOverload<>(&VDataFetcherPrivate::addTaskToExecQueue));
-    disconnect(task, &VFetchTask::success, this, &VDataFetcherPrivate::taskFinishedSuccess);
-    disconnect(task, &VFetchTask::failure, this, &VDataFetcherPrivate::taskFinishedFailure);
+    task->disconnect(this);
+    task->removeListener(this);
 }
 
 void VDataFetcherPrivate::remove(int id)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "tasksignals.h"
 #include "vdatafetcher.h"
 #include "vfetchtask.h"
 #include "vthread.h"
@@ -59,4 +60,6 @@ private:
     void disconnectTask(VFetchTask *task);
     void scheduleRerun(VFetchTask *task);
     void cancelRerun(VFetchTask *task);
+
+    TaskSignals<VDataFetcherPrivate> results;
 };

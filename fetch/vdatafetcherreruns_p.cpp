@@ -17,7 +17,7 @@ VFetchTask *VDataFetcherPrivate::senderTask() const
 
 void VDataFetcherPrivate::taskFinishedSuccess(QByteArray /*body*/)
 {
-    VFetchTask *const task = senderTask();
+    VFetchTask *const task = results.sender();
     if (task == nullptr) {
         logWarning("DataFetcher: Task finished ignored as sender is deleted");
         return;
@@ -31,7 +31,7 @@ void VDataFetcherPrivate::taskFinishedSuccess(QByteArray /*body*/)
 // Unlike a success, a failure takes no notice of a deleted sender and wakes the queue; both are meant.
 void VDataFetcherPrivate::taskFinishedFailure(int /*code*/, QByteArray /*body*/)
 {
-    auto *const task = static_cast<VFetchTask *>(sender());
+    VFetchTask *const task = results.sender();
     if (task == nullptr) {
         return;
     }

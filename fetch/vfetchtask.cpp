@@ -100,6 +100,20 @@ void VFetchTask::setOneTimeUpdate(bool oneTime)
     d->oneTimeUpdate = oneTime;
 }
 
+bool VFetchTask::addListener(const QObject *listener)
+{
+    if (d->listeners.contains(listener)) {
+        return false;
+    }
+    d->listeners.append(listener);
+    return true;
+}
+
+void VFetchTask::removeListener(const QObject *listener)
+{
+    d->listeners.removeAll(listener);
+}
+
 void VFetchTask::setRequestMethod(int method)
 {
     const QMutexLocker locker(&d->dataMutex);

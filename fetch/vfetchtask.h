@@ -71,6 +71,11 @@ public:
     /// kind is not sent), @p value the text or the file's path.
     void setFormPart(const QString &name, const QString &kind, const QVariant &value);
 
+    /// Notes who is connected to the task's signals; false when it was noted before. On the listener's
+    /// thread, which has to be the same for all listeners.
+    bool addListener(const QObject *listener);
+    void removeListener(const QObject *listener);
+
     /// Setting another URL clears the headers.
     virtual void setUrl(const QUrl &url);
     virtual void setUrl(const QString &url);

@@ -3,8 +3,10 @@
 #include "curlrequest.h"
 #include "vfetchtask.h"
 
+#include <QList>
 #include <QMap>
 #include <QMutex>
+#include <QPointer>
 
 /// The private half of a VFetchTask, owned by it and living on its thread.
 class VFetchTaskPrivate : public QObject
@@ -46,6 +48,7 @@ public:
     QByteArray body;
     QMap<QString, FormPart> formParts;
     QByteArray customMethod;
+    QList<QPointer<const QObject>> listeners; ///< used on their thread only
 
 protected:
     void timerEvent(QTimerEvent *event) override;
