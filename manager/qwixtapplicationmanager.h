@@ -106,6 +106,7 @@ protected:
     void removeAllTasksFromWorker();
     void scheduleRetry(RemoteTaskWithDescription *task);
     void dropRequest(const RemoteTaskDescription &descr);
+    void returnFreeMemory();
 
     // The results.
     void applicationWasRegistered(const QByteArray &reply, const RemoteTaskDescription &descr);

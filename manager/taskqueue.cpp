@@ -26,15 +26,6 @@ constexpr auto retryDelay = 5s;
 constexpr int sliceLength = 50;    // requests that are handed over before the event loop has its turn
 constexpr int longQueue = 100;     // requests; each holds about 5 KB while it is under way
 constexpr auto disposalDelay = 1s; // the last task goes home and is deleted well within it
-
-/// The C library keeps what a long queue has used, piecemeal between blocks that are still in use, for as
-/// long as the process lives.
-void returnFreeMemory()
-{
-#ifdef __GLIBC__
-    malloc_trim(0);
-#endif
-}
 } // namespace
 
 /// A task with the whole request for @p descr, owned by the caller; null for an unknown kind. The API key of
@@ -201,6 +192,20 @@ void QWixtApplicationManager::removeAllTasksFromWorker()
     }
 }
 
+/// The containers keep their room, and the C library keeps what was freed between blocks that are still in
+/// use, for as long as the process lives.
+void QWixtApplicationManager::returnFreeMemory()
+{
+    if (pendingTasks.isEmpty() && tasksByDescription.isEmpty() && outstandingRuns.isEmpty()) {
+        pendingTasks = {};
+        outstandingRuns = {};
+        tasksByDescription.releaseRoom();
+    }
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
+}
+
 /// The end of one request, done or given up. Its task and a waiting retry go with it, unless an equal request
 /// is still pending, which then keeps both.
 void QWixtApplicationManager::dropRequest(const RemoteTaskDescription &descr)
@@ -208,7 +213,7 @@ void QWixtApplicationManager::dropRequest(const RemoteTaskDescription &descr)
     pendingTasks.removeOne(descr);
     if (queueWasLong && pendingTasks.isEmpty()) {
         queueWasLong = false;
-        QTimer::singleShot(disposalDelay, this, returnFreeMemory);
+        QTimer::singleShot(disposalDelay, this, &QWixtApplicationManager::returnFreeMemory);
     }
     if (pendingTasks.contains(descr)) {
         return;

@@ -68,3 +68,8 @@ RemoteTaskWithDescription *TasksByDescription::take(const RemoteTaskDescription 
     index.erase(entry);
     return task;
 }
+
+void TasksByDescription::releaseRoom()
+{
+    index = {};
+}

@@ -35,6 +35,9 @@ public:
     /// Removes the entry of this description and returns its task, or null when there is none.
     [[nodiscard]] RemoteTaskWithDescription *take(const RemoteTaskDescription &descr);
 
+    /// Gives back what it keeps for entries to come; it must be empty.
+    void releaseRoom();
+
 private:
     Map map; ///< never shared, so that its iterators stay valid
     std::unordered_map<RemoteTaskDescription, Map::iterator, RemoteTaskDescriptionHash> index;
