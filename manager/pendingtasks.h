@@ -61,7 +61,7 @@ public:
     /// The next description; the walk must not be done.
     RemoteTaskDescription walkOn()
     {
-        const RemoteTaskDescription descr = order.at(walked++);
+        RemoteTaskDescription descr = order.at(walked++);
         walkedCounts.increase(descr);
         return descr;
     }
