@@ -11,19 +11,21 @@ namespace
 
 const char *const appsPath = "/api/v1/qwixt/apps";
 
-QVariantMap readObject(const QByteArray &body)
+QJsonObject readObject(const QByteArray &body)
 {
-    return QJsonDocument::fromJson(body).object().toVariantMap();
+    return QJsonDocument::fromJson(body).object();
 }
 
 /// A value as a string. A missing key and a null value give a null string, which is not sent; an empty string
 /// is sent.
-QString textOf(const QVariantMap &object, const QString &key)
+QString textOf(const QJsonObject &object, const QString &key)
 {
-    const QVariant value = object.value(key);
+    const QJsonValue value = object.value(key);
+    if (!value.isString()) {
+        return value.toVariant().toString();
+    }
     const QString text = value.toString();
-    const bool isEmptyText = value.userType() == QMetaType::QString && text.isEmpty();
-    return isEmptyText ? QStringLiteral("") : text;
+    return text.isEmpty() ? QStringLiteral("") : text;
 }
 
 } // namespace
@@ -63,17 +65,17 @@ QVariantMap parameters(const RemoteTaskDescription &descr, const QString &remote
 
 RegisterReply readRegisterReply(const QByteArray &body)
 {
-    const QVariantMap reply = readObject(body);
+    const QJsonObject reply = readObject(body);
     return {textOf(reply, WireKey::appId), textOf(reply, WireKey::status)};
 }
 
 QList<RemoteApplication> readListReply(const QByteArray &body, const QString &remoteId)
 {
     QList<RemoteApplication> applications;
-    const QVariantList apps = readObject(body).value(WireKey::apps).toList();
-    for (const QVariant &element : apps) {
-        const QVariantMap app = element.toMap();
-        if (element.userType() == QMetaType::QVariantMap && textOf(app, WireKey::deviceId) == remoteId) {
+    const QJsonArray apps = readObject(body).value(WireKey::apps).toArray();
+    for (const QJsonValue &element : apps) {
+        const QJsonObject app = element.toObject();
+        if (element.isObject() && textOf(app, WireKey::deviceId) == remoteId) {
             applications.append({textOf(app, WireKey::appId), textOf(app, WireKey::identifier),
                                  textOf(app, WireKey::name), textOf(app, WireKey::type)});
         }

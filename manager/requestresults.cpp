@@ -92,8 +92,9 @@ void QWixtApplicationManager::listWasReceived(const QByteArray &reply)
     remoteApplications.clear();
     const QList<RemoteApplication> listed = RemoteAppsApi::readListReply(reply, remoteId);
     for (const RemoteApplication &application : listed) {
-        if (!remoteApplications.contains(application.appId)) {
-            storeRemoteApplication(application);
+        RemoteApplication *&record = remoteApplications[application.appId];
+        if (record == nullptr) { // of two with one id the first counts
+            record = new RemoteApplication(application);
         }
     }
     removeApplicationsWithoutWidget();
