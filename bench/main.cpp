@@ -90,7 +90,7 @@ Scale Scale::full()
     scale.busCalls = 2000;
     scale.listed = 5000;
     scale.starts = 30;
-    scale.pollMs = 3000;
+    scale.pollMs = 1500;
     scale.idleMs = 60000;
     return scale;
 }
