@@ -1,5 +1,7 @@
 #include "daemonprocess.h"
 
+#include <QFileInfo>
+
 namespace
 {
 constexpr int patienceMs = 3000;
@@ -45,7 +47,12 @@ bool DaemonProcess::isRunning() const
 bool DaemonProcess::start()
 {
     isStopping = false;
-    process.start(program, QStringList());
+    if (!QFileInfo(program).isExecutable()) {
+        return false;
+    }
+    // It ends with this program, however that ends.
+    process.start(QStringLiteral("setpriv"),
+                  {QStringLiteral("--pdeathsig"), QStringLiteral("TERM"), program});
     return process.waitForStarted();
 }
 

@@ -2,7 +2,8 @@
 
 #include <QProcess>
 
-/// The application daemon as a program that this process starts and ends, and whose lines it reads.
+/// The application daemon as a program that this process starts and ends, and whose lines it reads. It ends
+/// with this process in any case.
 class DaemonProcess : public QObject
 {
     Q_OBJECT

@@ -11,7 +11,14 @@
 namespace
 {
 constexpr int timeoutMs = 20000;
+
+// Whether a process does something still; one that nobody has collected yet does not.
+bool isRunning(const QByteArray &pid)
+{
+    QFile status(QStringLiteral("/proc/%1/status").arg(QString::fromLatin1(pid)));
+    return status.open(QIODevice::ReadOnly) && !status.readAll().contains("\nState:\tZ");
 }
+} // namespace
 
 // The simulator as a person starts it.
 class TestDevicesim : public QObject
@@ -37,6 +44,7 @@ private Q_SLOTS:
     void daemonProgram_isRunWithTheServersHost();
     void daemonProgram_isStoppedAndStarted();
     void daemonProgramThatEnds_isReported();
+    void daemonProgram_endsWithAKilledSimulator();
     void takenName_isReported();
     void takenPort_isReported();
 
@@ -318,6 +326,19 @@ void TestDevicesim::daemonProgramThatEnds_isReported()
 
     QVERIFY(!readUntil("qwixtd ended with status 7\n").isEmpty());
     QVERIFY(output.contains("last words\n"));
+}
+
+void TestDevicesim::daemonProgram_endsWithAKilledSimulator()
+{
+    start(withServer({QStringLiteral("--qwixtd"), daemonThat("echo \"pid $$.\"; exec sleep 60")}));
+    QVERIFY(!readUntil(".\n").isEmpty());
+    const QByteArray pid = output.mid(output.indexOf("pid ") + 4).split('.').first();
+    QVERIFY2(isRunning(pid), pid.constData());
+
+    program->kill();
+    QVERIFY(program->waitForFinished(timeoutMs));
+
+    QTRY_VERIFY(!isRunning(pid));
 }
 
 void TestDevicesim::takenName_isReported()
