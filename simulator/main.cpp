@@ -29,6 +29,18 @@ void setUp(DeviceSimulator &simulator, const Options &options)
     simulator.widgetManager().setWidgetsQuietly(options.widgets);
 }
 
+// Begins to watch, before there is anything to see. Null when no page is asked for.
+std::unique_ptr<WebServer> openPage(DeviceSimulator &simulator, CommandInterpreter &interpreter,
+                                    const Options &options, QString &problem)
+{
+    if (!options.webPort) {
+        return nullptr;
+    }
+    auto web = std::make_unique<WebServer>(simulator, interpreter);
+    problem = web->open(options.busAddress, *options.webPort);
+    return web;
+}
+
 // Returns what went wrong; empty when all that is wanted is up.
 QString start(DeviceSimulator &simulator, const Options &options)
 {
@@ -109,11 +121,8 @@ int main(int argc, char *argv[])
         QCoreApplication::exit(complain(QStringLiteral("lost the bus at %1").arg(options.busAddress)));
     });
     setUp(simulator, options);
-    std::unique_ptr<WebServer> web;
-    if (options.webPort) {
-        web = std::make_unique<WebServer>(simulator, interpreter);
-    }
-    QString problem = web ? web->open(options.busAddress, *options.webPort) : QString();
+    QString problem;
+    const auto web = openPage(simulator, interpreter, options, problem);
     if (problem.isEmpty()) {
         problem = start(simulator, options);
     }

@@ -77,11 +77,8 @@ QJsonValue arrayAt(DBusMessageIter *iterator, int depth)
     }
 }
 
-QJsonValue valueAt(DBusMessageIter *iterator, int depth)
+QJsonValue plainValueAt(DBusMessageIter *iterator)
 {
-    if (depth > deepest) {
-        return QStringLiteral("...");
-    }
     switch (dbus_message_iter_get_arg_type(iterator)) {
     case DBUS_TYPE_STRING:
     case DBUS_TYPE_OBJECT_PATH:
@@ -105,6 +102,17 @@ QJsonValue valueAt(DBusMessageIter *iterator, int depth)
         return number(basic<dbus_int64_t>(iterator));
     case DBUS_TYPE_UINT64:
         return unsignedNumber(basic<dbus_uint64_t>(iterator));
+    default:
+        return QStringLiteral("(a file descriptor)");
+    }
+}
+
+QJsonValue valueAt(DBusMessageIter *iterator, int depth)
+{
+    if (depth > deepest) {
+        return QStringLiteral("...");
+    }
+    switch (dbus_message_iter_get_arg_type(iterator)) {
     case DBUS_TYPE_ARRAY:
         return arrayAt(iterator, depth);
     case DBUS_TYPE_VARIANT:
@@ -113,7 +121,7 @@ QJsonValue valueAt(DBusMessageIter *iterator, int depth)
     case DBUS_TYPE_DICT_ENTRY:
         return listAt(iterator, depth);
     default:
-        return QStringLiteral("(a file descriptor)");
+        return plainValueAt(iterator);
     }
 }
 
