@@ -326,31 +326,20 @@ test('narrowScreen_needsNoScrollingSideways', async () => {
   await close(page);
 });
 
-// Milliseconds between two frames, the middle one of those of some time.
-function medianFrame(page, ms) {
-  return page.evaluate((time) => new Promise((resolve) => {
-    const frames = [];
-    let last = performance.now();
-    const end = last + time;
-    const next = (now) => {
-      frames.push(now - last);
-      last = now;
-      if (now < end) {
-        requestAnimationFrame(next);
-      } else {
-        resolve(frames.sort((a, b) => a - b)[frames.length >> 1]);
-      }
-    };
-    requestAnimationFrame(next);
-  }), ms);
+// Seconds of processor time that the page has taken so far. Its frames come late on a busy machine, this does not.
+async function processorTime(page) {
+  page.debugger ??= await page.context().newCDPSession(page);
+  await page.debugger.send('Performance.enable', {timeDomain: 'threadTicks'});
+  const {metrics} = await page.debugger.send('Performance.getMetrics');
+  return metrics.find(({name}) => name === 'TaskDuration').value;
 }
 
-test('thousandEventsASecond_doNotStutterAndAreAllThere', async () => {
+test('thousandEventsASecond_leaveThePageTimeAndAreAllThere', async () => {
   const seconds = 4;
   const page = await openPage(browser, device.url);
   await shown(page, 'identifier=safe');
   const start = await count(page);
-  const calm = await medianFrame(page, 1000);
+  const before = await processorTime(page);
 
   const begin = Date.now();
   let sent = 0;
@@ -359,17 +348,18 @@ test('thousandEventsASecond_doNotStutterAndAreAllThere', async () => {
     device.type(...Array.from({length: due - sent}, (unused, i) => `note flood-${sent + i}`));
     sent = due;
   }, 25);
-  const flooded = await medianFrame(page, 1000 * seconds);
   await until('the last of the flood', () => sent === 1000 * seconds);
   clearInterval(timer);
   await until('all events', async () => (await count(page)) === start + sent);
 
-  const file = eventsOf(readFileSync(await saved(page), 'utf8'));
-  assert.equal(file.filter((event) => event.title.startsWith('flood-')).length, sent);
+  const busy = (await processorTime(page)) - before;
   const elements = await page.evaluate(() => document.querySelectorAll('*').length);
-  assert.ok(flooded <= 2 * calm + 17, `${flooded} ms from frame to frame, ${calm} ms before`);
-  assert.ok(elements < 2000, `${elements} elements`);
-  console.log(`from frame to frame: ${calm.toFixed(1)} ms calm, ${flooded.toFixed(1)} ms flooded; ${elements} elements`);
+  const file = eventsOf(readFileSync(await saved(page), 'utf8'));
+  assert.ok(busy > 0 && busy < seconds / 2, `${busy} s of processor time in ${seconds} s`);
+  assert.ok(elements < 1000, `${elements} elements`);
+  assert.equal(file.filter((event) => event.title.startsWith('flood-')).length, sent);
+  console.log(`processor time of the page at 1,000 events a second: ${(100 * busy / seconds).toFixed(0)} %; ` +
+    `${elements} elements`);
   await close(page);
 });
 
