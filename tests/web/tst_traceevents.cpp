@@ -97,6 +97,7 @@ private Q_SLOTS:
     void authorization_isLeftOutOfTheBytes();
     void longRequest_isCut();
     void request_isSeenWithItsAnswer();
+    void request_standsBehindWhatLedToIt();
     void answerThatFails_isMarked_data();
     void answerThatFails_isMarked();
     void requestThatFailed_isARetryTheNextTime();
@@ -439,6 +440,27 @@ void TestTraceEvents::request_isSeenWithItsAnswer()
     QCOMPARE(events[1].value(QStringLiteral("re")), events[0].value(QStringLiteral("n")));
     QVERIFY(!events[1].value(QStringLiteral("failed")).toBool());
     QVERIFY(!whole().contains("topsecret") && !whole().contains(QByteArray(":topsecret").toBase64()));
+}
+
+// Both wait to be read at the same time; the bus was first.
+void TestTraceEvents::request_standsBehindWhatLedToIt()
+{
+    Peer daemon(bus.address(), QStringLiteral("daemon"));
+    QVERIFY(daemon.bus.registerService(daemonName));
+    QTRY_VERIFY(monitor->isOwned(daemonName));
+    events.clear();
+    daemon.bus.send(
+        QDBusMessage::createSignal(QStringLiteral("/"), daemonInterface, QStringLiteral("daemonDidStarted")));
+    // Once the bus has answered a call, it has passed the signal on.
+    daemon.bus.call(QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetId")));
+
+    Q_EMIT simulator->server().received(requestOf("GET / HTTP/1.1\r\nA: b"));
+
+    QCOMPARE(events.size(), 2);
+    QCOMPARE(textOf(events[0], "kind"), QStringLiteral("signal"));
+    QCOMPARE(textOf(events[1], "kind"), QStringLiteral("request"));
 }
 
 void TestTraceEvents::answerThatFails_isMarked_data()
