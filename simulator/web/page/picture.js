@@ -51,15 +51,16 @@ function arrow(event, geometry, y) {
   ];
 }
 
-// A label begins where its arrow does, and may go on over lanes that have nothing in this row.
+// A label begins where its arrow does, or further left where there is little room, and may go on over lanes that have
+// nothing in this row.
 function label(event, geometry, y) {
-  const x = Math.min(geometry.x[event.from], geometry.x[event.to]) + 10;
+  const x = geometry.isNarrow ? geometry.left + 4 : Math.min(geometry.x[event.from], geometry.x[event.to]) + 10;
   const said = remarks(event);
   const mark = event.failed ? '\u2715 ' : (event.retryOf ? '\u21bb ' : '');
   const badge = said.length ? `  ${said.join(', ')}` : '';
   const room = geometry.width - x - 12;
   const badgeRoom = Math.min((badge.length + 1) * characterWidth, room * 0.6);
-  // Where there is little room, the lane says enough of who it is.
+  // The lane says enough of who it is.
   const words = geometry.isNarrow ? event.title.replace(/^(vorlet\.daemon|widget\.manager) (says )?/, '') : event.title;
   const title = mark + cut(words, room - badgeRoom - mark.length * characterWidth);
   return svg('text', {class: 'label', x, y: y - 7, 'xml:space': 'preserve'},
