@@ -28,6 +28,7 @@ private Q_SLOTS:
     void allEmpty_isAnsweredAndSent();
     void signalsCome_fromTheDaemonsOwnName();
     void manyCalls_areAllTakenInOrder();
+    void anyCaller_mayDeleteWhatAnotherRegistered();
 };
 
 namespace
@@ -188,6 +189,25 @@ void TestBusInterface::manyCalls_areAllTakenInOrder()
     EVENTUALLY_EQUAL(device.announced().size(), 51);
     QCOMPARE(device.requested(), expected);
     QCOMPARE(device.server().maximumConcurrent(), 1);
+}
+
+void TestBusInterface::anyCaller_mayDeleteWhatAnotherRegistered()
+{
+    DeviceUnderTest device;
+    QVERIFY(device.startAll());
+    QVERIFY(device.registerApplication("u1"_text, "Clock"_text, "t"_text));
+    EVENTUALLY_EQUAL(device.announced(), QStringList({started, "applicationRegistered(u1, app-1, t)"_text}));
+    QDBusConnection stranger = QDBusConnection::connectToBus(device.bus().address(), "stranger"_text);
+    QVERIFY(stranger.baseService() != device.connection().baseService());
+    QDBusMessage deletion = QDBusMessage::createMethodCall("com.qwixtd"_text, "/"_text, daemonInterface,
+                                                           "deleteQwixtApplication"_text);
+    deletion.setArguments({"app-1"_text, "u1"_text, "t"_text});
+
+    const QDBusMessage reply = stranger.call(deletion, QDBus::Block, DeviceUnderTest::patienceMs);
+    QDBusConnection::disconnectFromBus("stranger"_text);
+
+    QCOMPARE(reply.type(), QDBusMessage::ReplyMessage);
+    EVENTUALLY(device.announced().contains("applicationDeleted(u1, app-1, t)"_text));
 }
 
 QTEST_GUILESS_MAIN(TestBusInterface)

@@ -15,6 +15,7 @@ private Q_SLOTS:
     void anySuccessStatus_isASuccess_data();
     void anySuccessStatus_isASuccess();
     void updateAndDeletionReplies_areNotRead();
+    void replyOfAnyLength_isTakenIntoMemoryWhole();
     void redirect_isFollowed();
     void packedReply_isUnpacked_data();
     void packedReply_isUnpacked();
@@ -42,6 +43,12 @@ DeveloperServer::Script answeringExactly(const QByteArray &status, const QByteAr
     const QByteArray text = "HTTP/1.1 " + status + "\r\n" + header +
                             "\r\nContent-Length: " + QByteArray::number(body.size()) + "\r\n\r\n" + body;
     return [text](const HttpRequest &) { return HttpAnswer::exactly(text); };
+}
+
+/// The most memory that the program had at any time, in bytes.
+qint64 mostMemory(DeviceUnderTest &device)
+{
+    return device.program().statusField("VmHWM").split(' ').first().toLongLong() * 1024;
 }
 
 bool startServer(HttpServer &server)
@@ -181,6 +188,21 @@ void TestReplies::updateAndDeletionReplies_areNotRead()
     EVENTUALLY_EQUAL(device.announced(), QStringList({started, "applicationDeleted(u1, a1, t)"_text}));
     QVERIFY(device.hasLine("I/QWIXTD: QWixtApplicationManager: Application updated"));
     QVERIFY(device.hasLine("I/QWIXTD: QWixtApplicationManager: Application deleted"));
+}
+
+void TestReplies::replyOfAnyLength_isTakenIntoMemoryWhole()
+{
+    DeviceUnderTest device;
+    QVERIFY(device.startAll());
+    const QByteArray padding(20000000, 'x');
+    device.server().setScript(answering("POST", R"({"padding":")" + padding + R"(","app_id":"a1"})"));
+    const qint64 before = mostMemory(device);
+    QVERIFY(before > 0);
+
+    QVERIFY(device.registerApplication("u1"_text, "Clock"_text, "t"_text));
+
+    EVENTUALLY_EQUAL(device.announced(), QStringList({started, "applicationRegistered(u1, a1, t)"_text}));
+    QVERIFY(mostMemory(device) >= before + padding.size());
 }
 
 void TestReplies::redirect_isFollowed()

@@ -6,6 +6,8 @@
 #include <QSignalSpy>
 #include <QtTest>
 
+#include <curl/curl.h>
+
 #include <memory>
 
 namespace
@@ -67,6 +69,7 @@ private Q_SLOTS:
     void redirectToAnotherServer_losesTheKey();
     void redirectToAnotherProtocol_isRefused_data();
     void redirectToAnotherProtocol_isRefused();
+    void redirectsWithoutEnd_endTheRequest();
 };
 
 void TestRedirects::redirect_changesMethodAndBody_data()
@@ -173,6 +176,29 @@ void TestRedirects::redirectToAnotherProtocol_isRefused()
     QCOMPARE(failures.at(0).at(0).toInt(), 1); // CURLE_UNSUPPORTED_PROTOCOL
     QCOMPARE(failures.at(0).at(1).toByteArray(), QByteArray());
     QCOMPARE(server.requestCount(), 1);
+}
+
+void TestRedirects::redirectsWithoutEnd_endTheRequest()
+{
+    // As many as the timeout leaves time for; from 8.3 on, libcurl follows 30 and no more.
+    const QList<int> ends = {CURLE_OPERATION_TIMEDOUT, CURLE_TOO_MANY_REDIRECTS};
+    Server server;
+    server.setScript([](const HttpRequest &) {
+        HttpAnswer answer =
+            HttpAnswer::exactly("HTTP/1.1 302 Found\r\nLocation: /here\r\nContent-Length: 0\r\n\r\n");
+        answer.ending = HttpAnswer::Ending::KeepOpen;
+        answer.delayMs = 50;
+        return answer;
+    });
+    const auto task = makeTask(VFetchTask::Get, server.here());
+    task->setTimeout(3);
+    const QSignalSpy failures(task.get(), &VFetchTask::failure);
+
+    run(*task);
+
+    QCOMPARE(failures.count(), 1);
+    QVERIFY2(ends.contains(failures.at(0).at(0).toInt()), qPrintable(failures.at(0).at(0).toString()));
+    QVERIFY(server.requestCount() > 1);
 }
 
 QTEST_GUILESS_MAIN(TestRedirects)
