@@ -32,6 +32,7 @@ private Q_SLOTS:
     void daemonProcess_endsWithItsObject();
     void daemonWithoutABus_exitsWithItsStatusAndLine();
     void environment_reachesTheDaemon();
+    void wordsToRunUnder_standBeforeTheDaemon();
 
 private:
     PrivateBus bus;
@@ -130,6 +131,21 @@ void TestTestSupport::environment_reachesTheDaemon()
     QVERIFY(variables.contains("QWIXTD_SERVER_HOST=127.0.0.1:1"));
     QVERIFY(variables.contains("DBUS_SYSTEM_BUS_ADDRESS=" + bus.address().toUtf8()));
     QVERIFY(!variables.contains("JOURNAL_STREAM=8:1"));
+}
+
+void TestTestSupport::wordsToRunUnder_standBeforeTheDaemon()
+{
+    qputenv("QWIXTD_RUN_UNDER", "env QWIXT_TEST_MARK=under");
+    QwixtdProcess daemon(QStringLiteral(QWIXTD_PROGRAM), Certificates::shared().bundle());
+
+    const bool isStarted = daemon.start(bus.address(), QStringLiteral("127.0.0.1:1"));
+    qunsetenv("QWIXTD_RUN_UNDER");
+
+    QVERIFY(isStarted);
+    QTRY_COMPARE(daemon.statusField("Name"), QByteArray("qwixtd"));
+    QVERIFY(contentOf(QStringLiteral("/proc/%1/environ").arg(daemon.processId()))
+                .split('\0')
+                .contains("QWIXT_TEST_MARK=under"));
 }
 
 QTEST_GUILESS_MAIN(TestTestSupport)

@@ -40,12 +40,12 @@ QwixtdProcess::~QwixtdProcess()
     if (!isRunning()) {
         return;
     }
-    if (daemonId > 0) {
-        ::kill(static_cast<pid_t>(daemonId), SIGKILL);
-    } else {
+    // What watches the daemon reports at the end that it can see.
+    terminate();
+    if (isRunning()) {
         process.kill();
+        process.waitForFinished(stopTimeoutMs);
     }
-    process.waitForFinished(stopTimeoutMs);
 }
 
 void QwixtdProcess::setEnvironment(const QString &name, const QString &value)
@@ -180,12 +180,12 @@ QString QwixtdProcess::statusPath() const
     return directory.filePath(QStringLiteral("status"));
 }
 
-// The sandbox names the process before it has become the program.
+// The sandbox names the process before it has become the program, or what QWIXTD_RUN_UNDER puts before that.
 qint64 QwixtdProcess::findDaemon() const
 {
     const QByteArray status = contentOf(statusPath());
     const QJsonDocument firstLine = QJsonDocument::fromJson(status.left(status.indexOf('\n')));
     const qint64 child = firstLine.object().value(QStringLiteral("child-pid")).toInt();
     const QString running = QFile::symLinkTarget(QStringLiteral("/proc/%1/exe").arg(child));
-    return QFileInfo(running).fileName() == QFileInfo(program).fileName() ? child : 0;
+    return running.isEmpty() || QFileInfo(running).fileName() == QStringLiteral("bwrap") ? 0 : child;
 }
