@@ -22,6 +22,9 @@ inline QString operator""_text(const char *utf8, std::size_t size)
     return QString::fromUtf8(utf8, static_cast<int>(size));
 }
 
+/// How many times slower than usual the daemon may be, as it is where something watches each of its steps.
+constexpr int slowdown = QWIXTD_TEST_SLOWDOWN;
+
 /// Waits, with a bound, until the condition holds or the values are equal.
 #define EVENTUALLY(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, DeviceUnderTest::patienceMs)
 #define EVENTUALLY_EQUAL(actual, expected)                                                                   \
@@ -40,10 +43,10 @@ inline ServerApplication listedApplication(const QString &appId, const QString &
 /// The pause before a retry is 5 s; a busy machine may add to it.
 inline bool isRetryPause(qint64 milliseconds)
 {
-    return milliseconds >= 4900 && milliseconds <= 6500;
+    return milliseconds >= 4900 && milliseconds <= 5000 + 1500 * slowdown;
 }
 /// Grace time for "is not sent again": longer than that pause.
-constexpr int retryGraceMs = 6500;
+constexpr int retryGraceMs = 5000 + 1500 * slowdown;
 
 /// A space and libcurl's words for a transfer that failed with @p code; they differ from version to version.
 QByteArray curlsWords(CURLcode code);
@@ -59,7 +62,7 @@ public:
     /// The program as it is shipped, or the same with its debug and verbose lines.
     enum Build { Shipped, WithDebugLines };
 
-    static constexpr int patienceMs = 60000;
+    static constexpr int patienceMs = 60000 * slowdown;
     static const QString apiKey;
 
     explicit DeviceUnderTest(Build build = Shipped);

@@ -19,7 +19,7 @@ private Q_SLOTS:
 
 namespace
 {
-constexpr int promptMs = 5000;
+constexpr int promptMs = 5000 * slowdown;
 const QByteArray warning = "W/QWIXTD: QWIXTD: lost the system bus";
 
 /// Owns a device service's name, and answers no call.

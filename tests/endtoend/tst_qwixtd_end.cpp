@@ -21,7 +21,7 @@ private Q_SLOTS:
 
 namespace
 {
-constexpr int promptMs = 5000;
+constexpr int promptMs = 5000 * slowdown;
 constexpr int statusOfMinusOne = 255;
 
 ServerFault hangs()

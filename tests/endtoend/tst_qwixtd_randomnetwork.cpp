@@ -21,7 +21,7 @@ namespace
 
 constexpr int defaultSeconds = 15;
 constexpr int asksPerSecond = 4;
-constexpr int calmMs = 30000;
+constexpr int calmMs = 30000 * slowdown;
 
 int secondsOfStorm()
 {
@@ -130,7 +130,7 @@ void TestRandomNetwork::everythingAsked_isDoneOnce()
     QVERIFY(device.setInternetAvailable(true));
 
     QTRY_COMPARE_WITH_TIMEOUT(sorted(carriedOut(device)), sorted(asked.requests), calmMs);
-    QTRY_COMPARE_WITH_TIMEOUT(sorted(announced(device)), sorted(asked.announcements), 1000);
+    QTRY_COMPARE_WITH_TIMEOUT(sorted(announced(device)), sorted(asked.announcements), 1000 * slowdown);
     QTest::qWait(6000); // grace time: longer than a retry takes
     QCOMPARE(sorted(carriedOut(device)), sorted(asked.requests));
     QCOMPARE(device.server().maximumConcurrent(), 1);

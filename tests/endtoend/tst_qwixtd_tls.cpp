@@ -19,7 +19,7 @@ private Q_SLOTS:
 namespace
 {
 constexpr int retryMs = 5000;
-constexpr int slackMs = 3000;
+constexpr int slackMs = 3000 * slowdown;
 const auto serverAddress = "IP:127.0.0.1"_text;
 
 /// A device whose daemon trusts one authority alone, and whose server is made in each test.
