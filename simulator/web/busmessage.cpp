@@ -8,8 +8,6 @@ namespace
 {
 constexpr int deepest = 64;
 
-QJsonValue valueAt(DBusMessageIter *iterator, int depth);
-
 template <typename Value>
 Value basic(DBusMessageIter *iterator)
 {
@@ -35,6 +33,9 @@ QJsonValue unsignedNumber(quint64 value)
     constexpr quint64 largest = 1ULL << 53;
     return value < largest ? QJsonValue(static_cast<qint64>(value)) : QJsonValue(QString::number(value));
 }
+
+// NOLINTBEGIN(misc-no-recursion): values nest, and no deeper than the bus lets them.
+QJsonValue valueAt(DBusMessageIter *iterator, int depth);
 
 QJsonArray listAt(DBusMessageIter *iterator, int depth)
 {
@@ -124,6 +125,7 @@ QJsonValue valueAt(DBusMessageIter *iterator, int depth)
         return plainValueAt(iterator);
     }
 }
+// NOLINTEND(misc-no-recursion)
 
 BusMessage::Type typeOf(DBusMessage *message)
 {

@@ -131,7 +131,7 @@ bool BusMonitor::learnOwners()
                        "type='signal',sender='org.freedesktop.DBus',member='NameOwnerChanged'", problem);
     const Message list = answerTo(connection.get(), callOfBus(bus, "ListNames"), problem);
     const QJsonArray names = list ? BusMessage::read(list.get()).arguments.at(0).toArray() : QJsonArray();
-    for (const QJsonValue &value : names) {
+    for (const auto &value : names) {
         const QByteArray name = value.toString().toUtf8();
         const char *const text = name.constData();
         if (name.startsWith(':') || name == bus) {

@@ -13,7 +13,7 @@ class EventLog : public QObject
     Q_OBJECT
 public:
     /// @p largestSize_ counts the bytes of the events' JSON.
-    explicit EventLog(qint64 largestSize_ = 64 * 1024 * 1024, QObject *parent = nullptr);
+    explicit EventLog(qint64 largestSize_ = 64LL * 1024 * 1024, QObject *parent = nullptr);
 
     /// Numbers the event ("n", from 1) and gives it its time ("t", milliseconds since 1970); returns the
     /// number.

@@ -43,6 +43,12 @@ const saved = (page) => downloaded(page, () => page.click('#save'));
 const reveal = (page, text) => page.fill('#search', text);
 const isOn = (page, name) => page.getByRole('switch', {name}).getAttribute('aria-checked');
 
+/** Uses a switch of the page, and waits until the page knows. */
+async function turn(page, name, to) {
+  await page.getByRole('switch', {name}).click();
+  await until(`${name} turned`, async () => (await isOn(page, name)) === String(to));
+}
+
 async function say(page, line) {
   await page.fill('#line', line);
   await page.press('#line', 'Enter');
@@ -66,12 +72,13 @@ test('buttonsOfTheDevice_doWhatTheCommandsDo', async () => {
   const page = await openPage(browser, device.url);
   await until('the state', async () => (await isOn(page, 'Internet')) === 'true');
 
-  await page.getByRole('switch', {name: 'Internet'}).click();
-  await device.seen(/says internetAvailabilityChanged\(false\)(?![^]*internetAvailabilityChanged)/);
-  await page.getByRole('switch', {name: 'Internet'}).click();
-  await page.getByRole('switch', {name: 'widget.manager'}).click();
+  await turn(page, 'Internet', false);
+  await device.seen(/says internetAvailabilityChanged\(false\)/);
+  await turn(page, 'Internet', true);
+  await device.seen(/says internetAvailabilityChanged\(true\)/);
+  await turn(page, 'widget.manager', false);
   await device.seen(/widget\.manager stops/);
-  await page.getByRole('switch', {name: 'widget.manager'}).click();
+  await turn(page, 'widget.manager', true);
   await page.getByLabel('Id of a widget to install').fill('lamp');
   await page.getByRole('button', {name: 'Install'}).click();
   await device.seen(/says newWidgetCreated\("simulated\.package", "lamp"\)/);
@@ -89,10 +96,9 @@ test('buttonsOfTheDevice_doWhatTheCommandsDo', async () => {
   await device.seen(/PUT .*name=A "lamp" \\ of mine&/);
   await page.locator('#ask').getByRole('button', {name: 'Delete'}).click();
   await device.seen(/applicationDeleted\("lamp"/);
-  await page.getByRole('switch', {name: 'lamp'}).click();
-  await device.seen(/says widgetDeleted\("simulated\.package", "lamp"\)/);
+  await turn(page, 'lamp', false);
 
-  await until('the switch', async () => (await isOn(page, 'lamp')) === 'false');
+  await device.seen(/says widgetDeleted\("simulated\.package", "lamp"\)/);
   await close(page);
 });
 
@@ -194,9 +200,9 @@ test('savedFile_isOpenedAgainWithoutASimulator', async () => {
 test('twoPages_seeTheSameAndObeyBoth', async () => {
   const [one, other] = [await openPage(browser, device.url), await openPage(browser, device.url)];
 
-  await one.getByRole('switch', {name: 'Internet'}).click();
+  await turn(one, 'Internet', false);
   await until('the other page', async () => (await isOn(other, 'Internet')) === 'false');
-  await other.getByRole('switch', {name: 'Internet'}).click();
+  await turn(other, 'Internet', true);
   await until('the first page', async () => (await isOn(one, 'Internet')) === 'true');
   await say(one, 'note "the last word"');
   await Promise.all([one, other].map((page) => shown(page, 'the last word')));
