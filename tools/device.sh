@@ -54,8 +54,9 @@ make_device_root() {
     if [ ! -f "$device_root/.packages" ] && [ -e "$device_root" ]; then
         die "$device_root was not made here: it is used as it is with cmake --preset device, and not by this script"
     fi
-    fetch_release "$release" "$archive" --architectures=armhf --variant=extract "--include=$packages" \
-        "--extract-hook=$keep_package_data" ||
+    # Nothing runs in the root, so that whoever builds can make it.
+    fetch_release "$release" "$archive" --mode=chrootless --architectures=armhf --variant=extract \
+        "--include=$packages" "--extract-hook=$keep_package_data" ||
         die "the packages of the device (Debian $release, armhf) could not be had. They are fetched once, over the network,\
  from the mirror that this machine's package configuration names; above is what mmdebstrap said of it."
     rm -rf --one-file-system "$device_root" "$device_root.part"
