@@ -22,6 +22,7 @@ const char configuration[] = R"(
     listen 127.0.0.1:%1 ssl http2;
     ssl_certificate "%2";
     ssl_certificate_key "%3";
+    ssl_protocols TLSv1.3;
     location / {
       if ($request_method = GET) { rewrite ^ /list.json last; }
       return 200 '{"app_id":"app-1","status":"ok"}';

@@ -16,6 +16,7 @@ const char configuration[] = R"(
     listen 127.0.0.1:%1 ssl http2 backlog=4096;
     ssl_certificate "%2";
     ssl_certificate_key "%3";
+    ssl_protocols TLSv1.3;
     location / {
       proxy_pass http://127.0.0.1:%4;
       proxy_next_upstream off;
