@@ -9,17 +9,23 @@ set(QWIXTD_DEBIAN_ARCHITECTURE armhf)
 # GCC notes wherever its version 7 has changed how values are passed.
 set(CMAKE_CXX_FLAGS_INIT -Wno-psabi)
 
-if(NOT QWIXTD_SYSROOT)
-  if(DEFINED ENV{QWIXTD_SYSROOT})
-    set(sysroot "$ENV{QWIXTD_SYSROOT}")
-  else()
-    set(sysroot "${CMAKE_CURRENT_LIST_DIR}/../build/armhf/root")
-  endif()
-  cmake_path(ABSOLUTE_PATH sysroot NORMALIZE)
-  set(QWIXTD_SYSROOT "${sysroot}" CACHE PATH "Root directory of the device's libraries and headers")
+set(sysroot "$ENV{QWIXTD_SYSROOT}")
+if(NOT sysroot)
+  set(sysroot build/armhf/root)
+endif()
+cmake_path(ABSOLUTE_PATH sysroot BASE_DIRECTORY "${CMAKE_CURRENT_LIST_DIR}/.." NORMALIZE)
+set(QWIXTD_SYSROOT "${sysroot}" CACHE PATH "Root directory of the device's libraries and headers")
+# What the build directory has found in one root stays: it cannot change to another.
+file(REAL_PATH "${sysroot}" asked)
+file(REAL_PATH "${QWIXTD_SYSROOT}" kept)
+if(NOT "$ENV{QWIXTD_SYSROOT}" STREQUAL "" AND NOT asked STREQUAL kept)
+  message(FATAL_ERROR "${CMAKE_BINARY_DIR} is configured for the root of a device in ${QWIXTD_SYSROOT}, and QWIXTD_SYSROOT in "
+    "the environment names ${sysroot}: take another build directory (cmake -B), or delete this one first.")
 endif()
 if(NOT IS_DIRECTORY "${QWIXTD_SYSROOT}/usr/include")
-  message(FATAL_ERROR "There is no root of a device in ${QWIXTD_SYSROOT}: tools/armhf.sh makes one, "
+  set(missing "${QWIXTD_SYSROOT}")
+  unset(QWIXTD_SYSROOT CACHE)
+  message(FATAL_ERROR "There is no root of a device in ${missing}: tools/armhf.sh makes one, "
     "or name another in QWIXTD_SYSROOT.")
 endif()
 # The compiler is tried in a project of its own, which has to know the root as well.

@@ -39,6 +39,8 @@ private Q_SLOTS:
     void qtOfTheDevice_isFiveOrSix();
     void devicesPackagesNotToBeHad_isSaidAndNothingIsBuilt_data();
     void devicesPackagesNotToBeHad_isSaidAndNothingIsBuilt();
+    void anotherRootForABuildDirectory_isRefused_data();
+    void anotherRootForABuildDirectory_isRefused();
 
 private:
     void writeStub(const char *name, const QByteArray &commands);
@@ -249,6 +251,35 @@ void TestTools::devicesPackagesNotToBeHad_isSaidAndNothingIsBuilt()
     QCOMPARE(QDir(inCheckout("build")).entryList(QDir::Files | QDir::Dirs | QDir::NoDotAndDotDot),
              QStringList(QStringLiteral("armhf")));
     QVERIFY(QDir(inCheckout("build/armhf")).isEmpty());
+}
+
+void TestTools::anotherRootForABuildDirectory_isRefused_data()
+{
+    QTest::addColumn<QString>("asked");
+    QTest::addColumn<bool>("isRefused");
+    QTest::newRow("another") << QStringLiteral("other") << true;
+    QTest::newRow("the same") << QStringLiteral("root") << false;
+    QTest::newRow("the same, by another path") << QStringLiteral("other/../root/") << false;
+    QTest::newRow("the same, by a link") << QStringLiteral("link") << false;
+    QTest::newRow("none") << QString() << false;
+}
+
+void TestTools::anotherRootForABuildDirectory_isRefused()
+{
+    QFETCH(const QString, asked);
+    QFETCH(const bool, isRefused);
+    QVERIFY(QDir(checkout->path()).mkpath(QStringLiteral("root/usr/include")));
+    QVERIFY(QDir(checkout->path()).mkpath(QStringLiteral("other/usr/include")));
+    QVERIFY(QFile::link(inCheckout("root"), inCheckout("link")));
+    writeStub("../tools/try.sh", "QWIXTD_SYSROOT=${2:+$1/$2} cmake -D QWIXTD_SYSROOT=\"$1/root\""
+                                 " -P " SOURCE_DIRECTORY "/cmake/armhf-toolchain.cmake");
+
+    const Outcome outcome = runScript({QStringLiteral("try.sh"), checkout->path(), asked});
+
+    QVERIFY(outcome.ended);
+    const QString said = outcome.errors.simplified();
+    QCOMPARE(said.contains(QStringLiteral("is configured for the root of a device in ")), isRefused);
+    QCOMPARE(said.contains(QStringLiteral("take another build directory")), isRefused);
 }
 
 QTEST_GUILESS_MAIN(TestTools)
