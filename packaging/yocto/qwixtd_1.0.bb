@@ -4,10 +4,10 @@ SECTION = "net"
 # Its owner has not chosen a licence yet.
 LICENSE = "CLOSED"
 
-# Where the sources are, and which: to be filled in.
-SRC_URI = "git://git.example/qwixtd.git;protocol=https;branch=main"
+# Where the sources are, and which: to be filled in. They are unpacked where every release looks for them unless S says
+# otherwise; old releases unpack them elsewhere by themselves, and new ones refuse an S that leads there.
+SRC_URI = "git://git.example/qwixtd.git;protocol=https;branch=main;destsuffix=${BP}"
 SRCREV = "0000000000000000000000000000000000000000"
-S = "${WORKDIR}/git"
 
 inherit qt6-cmake systemd useradd
 

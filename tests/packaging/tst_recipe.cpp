@@ -16,6 +16,7 @@ private Q_SLOTS:
     void initTestCase();
     void everyLine_isOfTheRecipesLanguage();
     void shellOfTheRecipe_isOfTheShellsLanguage();
+    void sources_areUnpackedWhereEveryReleaseLooks();
     void name_holdsTheVersion();
     void option_isOneOfTheProjects();
     void unit_isInstalledWhereItIsMovedFrom();
@@ -89,8 +90,7 @@ QString TestRecipe::value(const char *variable) const
 void TestRecipe::everyLine_isOfTheRecipesLanguage()
 {
     QCOMPARE(foreignLines, QStringList());
-    for (const char *variable :
-         {"SUMMARY", "LICENSE", "SRC_URI", "SRCREV", "S", "DEPENDS", "EXTRA_OECMAKE"}) {
+    for (const char *variable : {"SUMMARY", "LICENSE", "SRC_URI", "SRCREV", "DEPENDS", "EXTRA_OECMAKE"}) {
         QVERIFY2(!value(variable).isEmpty(), variable);
     }
     QCOMPARE(classes, QStringList({QStringLiteral("qt6-cmake"), QStringLiteral("systemd"),
@@ -109,6 +109,14 @@ void TestRecipe::shellOfTheRecipe_isOfTheShellsLanguage()
     BuildUnderTest::run(QStringLiteral("sh"), {QStringLiteral("-n"), script}, &problem);
 
     QCOMPARE(problem, QString());
+}
+
+void TestRecipe::sources_areUnpackedWhereEveryReleaseLooks()
+{
+    const QStringList source = value("SRC_URI").split(QLatin1Char(';'));
+
+    QVERIFY2(source.contains(QStringLiteral("destsuffix=${BP}")), qPrintable(value("SRC_URI")));
+    QVERIFY2(!variables.contains(QStringLiteral("S")), qPrintable(value("S")));
 }
 
 void TestRecipe::name_holdsTheVersion()
