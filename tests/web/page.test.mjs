@@ -7,12 +7,6 @@ import {arrowsOf, eventsOf, expectedArrows} from './arrows.mjs';
 import {downloaded, openPage, startBrowser, takePicture, violations} from './browser.mjs';
 import {Device, until} from './device.mjs';
 
-// A script of the page that needs no browser.
-async function script(name) {
-  const text = readFileSync(new URL(`../../simulator/web/page/${name}`, import.meta.url), 'utf8');
-  return import(`data:text/javascript,${encodeURIComponent(text)}`);
-}
-
 const device = new Device();
 const storysDevice = new Device();
 let browser;
@@ -377,31 +371,6 @@ test('thousandEventsASecond_leaveThePageTimeAndAreAllThere', async () => {
   console.log(`processor time of the page at 1,000 events a second: ${(100 * busy / seconds).toFixed(0)} %; ` +
     `${elements} elements`);
   await close(page);
-});
-
-test('hundredThousandEvents_areHeldAndTheOldestGo', async () => {
-  const {Events, Filter} = await script('events.js');
-  const {Layout, rowHeight} = await script('layout.js');
-  const events = new Events();
-  const layout = new Layout(new Filter());
-  let isShortened = false;
-  events.listeners.push((fresh, shortened) => {
-    isShortened ||= shortened;
-    layout.append(fresh);
-  });
-  events.beginRun('a');
-
-  for (let n = 1; n <= 105000; n += 1000) {
-    events.add(Array.from({length: 1000}, (unused, i) => ({n: n + i, t: n + i, kind: 'note', from: 'server', to: 'server'})));
-  }
-  events.add([{n: 105000, t: 105000}]);
-
-  assert.equal(events.list.length, 95000);
-  assert.equal(events.dropped, 10000);
-  assert.equal(events.list[0].n, 10001);
-  assert.equal(events.byId.size, 95000);
-  assert.ok(isShortened);
-  assert.ok(layout.between(50000 * rowHeight, 50010 * rowHeight).length <= 11);
 });
 
 test('pageOfAnotherOrigin_cannotDriveTheDevice', async () => {

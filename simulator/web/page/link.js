@@ -24,9 +24,10 @@ export class Link {
       this.afterGathered(() => this.handlers.state(JSON.parse(message.data))));
   }
 
-  /** Nothing comes any more. */
+  /** Nothing comes any more, not even what has been gathered. */
   close() {
     this.isClosed = true;
+    this.gathered = [];
     this.source.close();
   }
 
@@ -41,6 +42,9 @@ export class Link {
 
   // What comes within one frame is handed on together.
   take(message) {
+    if (this.isClosed) {
+      return;
+    }
     this.lastId = message.lastEventId;
     this.gathered.push(JSON.parse(message.data));
     if (this.gathered.length === 1) {
@@ -55,8 +59,10 @@ export class Link {
   }
 
   afterGathered(handle) {
-    this.handOn();
-    handle();
+    if (!this.isClosed) {
+      this.handOn();
+      handle();
+    }
   }
 
   /** Sends a line of the prompt; returns its answer, or says why there is none. */

@@ -1,0 +1,79 @@
+// Scripts of the page that need no browser.
+import assert from 'node:assert/strict';
+import {readFileSync} from 'node:fs';
+import {test} from 'node:test';
+
+// A script with all that it imports, as an address that can be imported.
+function addressOf(name) {
+  const text = readFileSync(new URL(`../../simulator/web/page/${name}`, import.meta.url), 'utf8')
+    .replace(/from '\/(\w+\.js)'/g, (whole, needed) => `from '${addressOf(needed)}'`);
+  return `data:text/javascript;base64,${Buffer.from(text).toString('base64')}`;
+}
+
+const script = (name) => import(addressOf(name));
+const notes = (first, count) => Array.from({length: count}, (unused, i) =>
+  ({n: first + i, t: first + i, kind: 'note', from: 'server', to: 'server', title: `note ${first + i}`}));
+
+class FakeSource {
+  constructor() {
+    this.listeners = {};
+    FakeSource.last = this;
+  }
+
+  addEventListener(name, listener) {
+    this.listeners[name] = listener;
+  }
+
+  emit(name, value) {
+    this.listeners[name]({data: JSON.stringify(value), lastEventId: 'a-1'});
+  }
+
+  close() {}
+}
+
+test('closedLink_handsOnNothingMore', async (context) => {
+  const due = [];
+  const pass = () => due.splice(0).forEach((run) => run());
+  context.mock.method(globalThis, 'setTimeout', (run) => due.push(run));
+  globalThis.EventSource = FakeSource;
+  const {Link} = await script('link.js');
+  const handed = [];
+  const take = (what) => (value) => handed.push([what, value]);
+  const link = new Link({events: take('events'), run: take('run'), state: take('state'), missing: take('missing'), connected() {}});
+
+  FakeSource.last.emit('message', {n: 1});
+  pass();
+  FakeSource.last.emit('message', {n: 2});
+  link.close();
+  pass();
+  FakeSource.last.emit('message', {n: 3});
+  FakeSource.last.emit('state', {});
+  pass();
+
+  assert.deepEqual(handed, [['events', [{n: 1}]]]);
+});
+
+test('hundredThousandEvents_areHeldAndTheOldestGo', async () => {
+  const {Events, Filter} = await script('events.js');
+  const {Layout, rowHeight} = await script('layout.js');
+  const events = new Events();
+  const layout = new Layout(new Filter());
+  let isShortened = false;
+  events.listeners.push((fresh, shortened) => {
+    isShortened ||= shortened;
+    layout.append(fresh);
+  });
+  events.beginRun('a');
+
+  for (let n = 1; n <= 105000; n += 1000) {
+    events.add(notes(n, 1000));
+  }
+  events.add([{n: 105000, t: 105000}]);
+
+  assert.equal(events.list.length, 95000);
+  assert.equal(events.dropped, 10000);
+  assert.equal(events.list[0].n, 10001);
+  assert.equal(events.byId.size, 95000);
+  assert.ok(isShortened);
+  assert.ok(layout.between(50000 * rowHeight, 50010 * rowHeight).length <= 11);
+});
