@@ -373,6 +373,33 @@ test('thousandEventsASecond_leaveThePageTimeAndAreAllThere', async () => {
   await close(page);
 });
 
+test('pressAndRelease_areAClickWhileEventsCome', async () => {
+  const page = await openPage(browser, device.url);
+  await shown(page, 'identifier=safe');
+  let sent = 0;
+  const timer = setInterval(() => device.type('heal', `fail ${++sent} 503`, `note passing-${sent}`), 10);
+  const clickSlowly = async (target) => {
+    const {x, y, width, height} = await page.locator(target).boundingBox();
+    await page.mouse.move(x + width / 2, y + height / 2);
+    await page.mouse.down();
+    const until20More = (await count(page)) + 20;
+    await until('20 more events', async () => (await count(page)) > until20More);
+    await page.mouse.up();
+  };
+  await until('a full picture', () => sent > 50);
+
+  await clickSlowly('#switches [aria-label=Internet]');
+  await until('no internet', async () => (await isOn(page, 'Internet')) === 'false');
+  await clickSlowly('#chart');
+  await page.locator('#details').waitFor();
+  clearInterval(timer);
+  device.type('heal');
+  await turn(page, 'Internet', true);
+
+  assert.match(await page.textContent('#details h2'), /^passing-\d+$/);
+  await close(page);
+});
+
 test('pageOfAnotherOrigin_cannotDriveTheDevice', async () => {
   const other = createServer((request, response) => response.setHeader('Content-Type', 'text/html').end('<p>other'));
   await new Promise((resolve) => {

@@ -5,6 +5,8 @@ import {Layout, rowHeight} from '/layout.js';
 import {drawRow, geometryOf, laneLines, svg} from '/picture.js';
 
 const tolerance = 4;
+// How far a pointer may move between press and release, in pixels.
+const stillness = 8;
 
 /** A list of events that a person scrolls, filters, pauses and selects from. */
 export class Chart {
@@ -31,6 +33,9 @@ export class Chart {
   listen() {
     this.events.listeners.push((fresh, isShortened) => this.take(fresh, isShortened));
     this.view.addEventListener('scroll', () => this.scrolled());
+    this.view.addEventListener('pointerdown', (press) => this.pressedAt(press));
+    this.view.addEventListener('pointerup', (release) => this.releasedAt(release));
+    this.view.addEventListener('pointercancel', () => delete this.press);
     this.view.addEventListener('click', (click) => this.clicked(click));
     this.view.addEventListener('keydown', (key) => this.pressed(key));
     this.latest.addEventListener('click', () => this.follow());
@@ -160,10 +165,29 @@ export class Chart {
     }
   }
 
+  // A browser sends no click when what was pressed is drawn anew before the release, as it is while events come. The row
+  // is the one that was pressed, wherever it has gone since.
+  pressedAt(press) {
+    const {left, top} = this.view.getBoundingClientRect();
+    const isOnPicture = press.clientX - left < this.view.clientWidth;
+    const row = this.layout.rows[this.layout.indexAt(press.clientY - top + this.view.scrollTop)];
+    this.press = isOnPicture && press.isPrimary && press.button === 0
+      ? {x: press.clientX, y: press.clientY, event: row?.event} : undefined;
+  }
+
+  releasedAt(release) {
+    const {x, y, event} = this.press ?? {};
+    delete this.press;
+    if (event && Math.hypot(release.clientX - x, release.clientY - y) < stillness) {
+      this.choose(this.layout.rowOf(event));
+    }
+  }
+
+  // What reads the screen aloud clicks without a pointer.
   clicked(click) {
-    const y = click.clientY - this.view.getBoundingClientRect().top + this.view.scrollTop;
-    const row = this.layout.rows[this.layout.indexAt(y)];
-    this.choose(row?.event && row);
+    const node = click.detail === 0 && click.target.closest('.event');
+    const event = node && this.events.byId.get(node.id.replace('event-', ''));
+    this.choose(event && this.layout.rowOf(event));
   }
 
   // A step further is a step of the picture; what is far away comes to its middle.

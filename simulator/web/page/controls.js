@@ -23,8 +23,8 @@ function makeSwitch(name, note, isOn, isFixed, turn) {
   const knob = element('button', {type: 'button', role: 'switch', 'aria-checked': String(isOn), 'aria-label': name,
     disabled: isFixed}, element('span', {class: 'knob'}));
   knob.addEventListener('click', () => turn(!isOn));
-  return element('li', {}, element('span', {class: 'name'}, name),
-    element('span', {class: 'note'}, note), knob);
+  return asItem(element('li', {}, element('span', {class: 'name'}, name),
+    element('span', {class: 'note'}, note), knob), name, [note, isOn, isFixed]);
 }
 
 function makeRecord(text, note, action, run) {
@@ -34,14 +34,34 @@ function makeRecord(text, note, action, run) {
     button.addEventListener('click', run);
     item.append(button);
   }
-  return item;
+  return asItem(item, text, [note]);
 }
 
-// Puts new items into a list; the focus stays at the item that had it.
+// Items of one name and one look are the same, whenever they were made.
+function asItem(item, name, look) {
+  return Object.assign(item, {name, look: JSON.stringify([name, ...look])});
+}
+
+// Brings a list to these items. Those that are there already stay as they are: a browser sends no click when the button
+// was replaced between press and release, and its focus would be lost.
 function fill(list, items, whenEmpty) {
-  const at = [...list.children].findIndex((item) => item.contains(document.activeElement));
-  list.replaceChildren(...(items.length ? items : [element('li', {class: 'none'}, whenEmpty)]));
-  list.children[at]?.querySelector('button')?.focus();
+  const focused = [...list.children].find((item) => item.contains(document.activeElement))?.name;
+  const there = new Map([...list.children].map((item) => [item.look, item]));
+  const wanted = (items.length ? items : [asItem(element('li', {class: 'none'}, whenEmpty), '', [])]).map((item) => {
+    const old = there.get(item.look);
+    there.delete(item.look);
+    return old ?? item;
+  });
+  const kept = new Set(wanted);
+  [...list.children].filter((item) => !kept.has(item)).forEach((item) => item.remove());
+  wanted.forEach((item, i) => {
+    if (list.children[i] !== item) {
+      list.insertBefore(item, list.children[i] ?? null);
+    }
+  });
+  if (focused !== undefined && !list.contains(document.activeElement)) {
+    wanted.find((item) => item.name === focused)?.querySelector('button')?.focus();
+  }
 }
 
 /** Shows the state, and sends what the buttons mean through `send`. */
