@@ -21,6 +21,8 @@ part_of() {
         say "starts further programs through Qt, which does not work under the emulator" ;;
     tst_buspolicy | tst_installeddocuments | tst_recipe)
         say "tests files that are the same on every processor" ;;
+    web_page)
+        say "starts the programs without the emulator" ;;
     tst_serviceunit)
         say "the emulator makes other system calls than the program that it runs" ;;
     tst_busabuse)
@@ -44,13 +46,16 @@ tests=$ROOT/build/device-tests$suffix
 ours=$ROOT/build/$native
 started=$tests/started
 
-# tests_for PART: the names of the tests that take part in this way; without PART, all.
+# tests_of DIRECTORY: the names of the tests that a build has.
+tests_of() {
+    ctest --test-dir "$1" --show-only | sed -n 's/^ *Test *#[0-9]*: //p'
+}
+
+# tests_for PART: the names of the tests of the device's build that take part in this way.
 tests_for() {
     local name
-    ctest --test-dir "$tests" --show-only | sed -n 's/^ *Test *#[0-9]*: //p' | while IFS= read -r name; do
-        case $1 in
-        '' | "$(part_of "$name")") say "$name" ;;
-        esac
+    tests_of "$tests" | while IFS= read -r name; do
+        [ "$(part_of "$name")" != "$1" ] || say "$name"
     done
 }
 
@@ -126,13 +131,16 @@ starts=$(wc -l 2>/dev/null <"$started/starts") || die "the tests did not start t
 
 arm-linux-gnueabihf-strip -o "$started/stripped" "$program"
 say "== not run"
+# This machine's build has tests that the device's leaves out.
 while IFS= read -r name; do
     part=$(part_of "$name")
     case $part in
-    device | daemon) ;;
-    *) say "$name: $part" ;;
+    device | daemon)
+        grep -Fqx -- "$name" <<<"$device_tests"$'\n'"$daemon_tests" || say "$name: the device's build leaves it out" ;;
+    *)
+        say "$name: $part" ;;
     esac
-done < <(tests_for '')
+done < <({ tests_of "$ours" && tests_of "$tests"; } | awk '!seen[$0]++')
 say "== $program, Qt $qt"
 say "stripped: $(stat -c %s "$started/stripped") bytes"
 say "needs: $(arm-linux-gnueabihf-readelf -d "$program" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p' | paste -s -d ' ')"
