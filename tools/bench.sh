@@ -21,7 +21,7 @@ prepare() {
             cmake -S "$ROOT" --preset release -DQWIXTD_BUILD_BENCH=ON || die "cannot configure release"
     fi
     build release "$@"
-}
+} >&2 # standard output is for the figures
 
 # count_instructions FILTER: those of one turn of each micro-benchmark of such a name, which asks callgrind to count them.
 count_instructions() {
