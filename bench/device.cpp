@@ -73,7 +73,7 @@ void Device::start(const QString &serverHost)
     daemon->setInternetAvailable(false);
     require(widgets->start() && daemon->start(), QStringLiteral("the device does not start"));
     require(process.start(bus.address(), serverHost), QStringLiteral("the daemon does not start"));
-    require(QTest::qWaitFor([this] { return introspect().contains(interfaceName); }, patienceMs),
+    require(QTest::qWaitFor([this] { return introspect(connection()).contains(interfaceName); }, patienceMs),
             QStringLiteral("the daemon does not answer"));
 }
 
@@ -126,16 +126,15 @@ void Device::registerWidget(int number)
 
 void Device::waitForMainThread()
 {
-    require(!introspect().isEmpty(), QStringLiteral("the daemon does not answer"));
+    require(!introspect(connection()).isEmpty(), QStringLiteral("the daemon does not answer"));
 }
 
-// The daemon's main thread makes the answer.
-QString Device::introspect() const
+QString Device::introspect(const QDBusConnection &bus)
 {
     const QDBusMessage call = QDBusMessage::createMethodCall(
         service, QStringLiteral("/"), QStringLiteral("org.freedesktop.DBus.Introspectable"),
         QStringLiteral("Introspect"));
-    return connection().call(call, QDBus::Block, patienceMs).arguments().value(0).toString();
+    return bus.call(call, QDBus::Block, patienceMs).arguments().value(0).toString();
 }
 
 QString Device::widget(int number)

@@ -56,6 +56,8 @@ public:
 
     /// The id of the widget with that number.
     static QString widget(int number);
+    /// What the daemon says of itself; its main thread makes the answer. Empty when nobody answers.
+    static QString introspect(const QDBusConnection &bus);
     /// The message by which a widget asks @p serviceName for its registration.
     static QDBusMessage registration(const QString &serviceName, int number);
 
@@ -64,8 +66,6 @@ private Q_SLOTS:
     void noteInternet(bool isAvailable);
 
 private:
-    QString introspect() const;
-
     PrivateBus bus;
     const QString connectionName;
     std::unique_ptr<DaemonService> daemon;

@@ -5,6 +5,7 @@
 
 #include <QDBusConnection>
 #include <QTest>
+#include <QTimer>
 #include <QUuid>
 
 namespace
@@ -19,9 +20,8 @@ NameOnBus::NameOnBus()
     watcher.setConnection(QDBusConnection::connectToBus(bus.address(), connectionName));
     watcher.setWatchMode(QDBusServiceWatcher::WatchForOwnerChange);
     watcher.addWatchedService(Device::service);
-    QObject::connect(
-        &watcher, &QDBusServiceWatcher::serviceOwnerChanged,
-        [this](const QString &, const QString &, const QString &owner) { isClaimed = !owner.isEmpty(); });
+    QObject::connect(&watcher, &QDBusServiceWatcher::serviceOwnerChanged,
+                     [this](const QString &, const QString &, const QString &owner) { noteOwner(owner); });
 }
 
 NameOnBus::~NameOnBus()
@@ -34,8 +34,32 @@ QString NameOnBus::address() const
     return bus.address();
 }
 
-void NameOnBus::waitFor(bool claimed)
+// QTest::qWaitFor sleeps between its looks, for as long as a start takes.
+std::chrono::steady_clock::time_point NameOnBus::waitFor(bool claimed)
 {
-    require(QTest::qWaitFor([&] { return isClaimed == claimed; }, patienceMs),
+    QTimer patience;
+    patience.setSingleShot(true);
+    QObject::connect(&patience, &QTimer::timeout, &change, &QEventLoop::quit);
+    patience.start(patienceMs);
+    while (isClaimed != claimed && patience.isActive()) {
+        change.exec();
+    }
+    require(isClaimed == claimed,
             claimed ? QStringLiteral("the name is not claimed") : QStringLiteral("the name is not free"));
+    return changedAt;
+}
+
+void NameOnBus::waitForAnswer()
+{
+    const QDBusConnection connection(connectionName);
+    require(QTest::qWaitFor([&] { return Device::introspect(connection).contains(Device::interfaceName); },
+                            patienceMs),
+            QStringLiteral("the owner of the name does not answer"));
+}
+
+void NameOnBus::noteOwner(const QString &owner)
+{
+    isClaimed = !owner.isEmpty();
+    changedAt = std::chrono::steady_clock::now();
+    change.quit();
 }

@@ -15,6 +15,7 @@ double floorMemory()
     QwixtdProcess floor(QStringLiteral(PROCESS_FLOOR), Certificates::shared().authority());
     require(floor.start(name.address(), QString()), QStringLiteral("the floor does not start"));
     name.waitFor(true);
+    name.waitForAnswer();
     return Measure::privateDirtyBytes(floor.processId());
 }
 

@@ -2,13 +2,13 @@
 #include "measures.h"
 #include "nameonbus.h"
 
-#include <QElapsedTimer>
 #include <QProcess>
+
+#include <chrono>
 
 namespace
 {
 constexpr int patienceMs = 20000;
-constexpr double nsPerMs = 1e6;
 
 /// From the start of the process to its name on the bus.
 double startMs(NameOnBus &name, const QString &program)
@@ -17,15 +17,13 @@ double startMs(NameOnBus &name, const QString &program)
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), name.address());
     process.setProcessEnvironment(environment);
-    QElapsedTimer elapsed;
-    elapsed.start();
+    const auto begin = std::chrono::steady_clock::now();
     process.start(program, QStringList());
-    name.waitFor(true);
-    const auto taken = static_cast<double>(elapsed.nsecsElapsed());
+    const std::chrono::duration<double, std::milli> taken = name.waitFor(true) - begin;
     process.kill();
     process.waitForFinished(patienceMs);
     name.waitFor(false);
-    return taken / nsPerMs;
+    return taken.count();
 }
 } // namespace
 

@@ -1,6 +1,6 @@
-// processfloor: what the libraries alone take of a process that waits for calls. Initialises libcurl, before
-// any other thread runs, as libcurl asks for; exports one adaptor on the system bus and claims the daemon's
-// name.
+// processfloor: what the libraries alone take of a process that waits for calls. Claims the daemon's name on
+// the system bus, exports one adaptor and initialises libcurl, in the order of the daemon, so that both have
+// done the same when the name is seen.
 
 #include <QCoreApplication>
 #include <QDBusAbstractAdaptor>
@@ -27,13 +27,15 @@ public Q_SLOTS:
 
 int main(int argc, char *argv[])
 {
-    curl_global_init(CURL_GLOBAL_DEFAULT);
     QCoreApplication application(argc, argv);
+    QDBusConnection bus = QDBusConnection::systemBus();
+    if (!bus.registerService(QStringLiteral("com.qwixtd"))) {
+        return 1;
+    }
     QObject object;
     new FloorAdaptor(&object); // owned by the object
-    QDBusConnection bus = QDBusConnection::systemBus();
     if (!bus.registerObject(QStringLiteral("/"), &object) ||
-        !bus.registerService(QStringLiteral("com.qwixtd"))) {
+        curl_global_init(CURL_GLOBAL_DEFAULT) != CURLE_OK) {
         return 1;
     }
     return QCoreApplication::exec();
