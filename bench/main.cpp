@@ -84,7 +84,7 @@ Scale Scale::full()
     Scale scale;
     scale.rounds = 8;
     scale.drainRequests = 250;
-    scale.shortQueue = 100;
+    scale.shortQueue = 90; // from 100 on the daemon also gives memory back, a second after the end
     scale.longQueue = 10000;
     scale.batch = 200;
     scale.busCalls = 2000;
