@@ -102,3 +102,8 @@ double least(const QVector<double> &values)
 {
     return quantile(values, 0);
 }
+
+double largest(const QVector<double> &values)
+{
+    return quantile(values, 1);
+}

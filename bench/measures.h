@@ -34,3 +34,4 @@ qint64 contextSwitches(qint64 process);
 double quantile(QVector<double> values, double part);
 double median(const QVector<double> &values);
 double least(const QVector<double> &values);
+double largest(const QVector<double> &values);

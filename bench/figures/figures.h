@@ -7,7 +7,7 @@
 
 /// How much is measured: enough for a judgement, or just enough to see that a figure can be taken.
 struct Scale {
-    int rounds;        ///< of what is repeated for the least or the median
+    int rounds;        ///< of what is repeated for the least, the median or the largest
     int drainRequests; ///< queued for one drain
     int shortQueue;    ///< what the long one is held against
     int longQueue;

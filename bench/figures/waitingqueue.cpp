@@ -108,7 +108,7 @@ QVector<Row> Figures::waitingQueue(const Scale &scale)
     return {{QStringLiteral("accepting a call, processor, %1 (floor: %2)").arg(queued).arg(scale.shortQueue),
              QStringLiteral("us"), median(taken.longQueueUs), median(taken.shortQueueUs), 1.3},
             {QStringLiteral("longest wait for an answer while %1 become ready").arg(scale.longQueue),
-             QStringLiteral("ms"), median(taken.longestAnswerMs), median(taken.floorAnswerMs), 50,
+             QStringLiteral("ms"), largest(taken.longestAnswerMs), largest(taken.floorAnswerMs), 50,
              Row::Judged::Value},
             {QStringLiteral("memory of a waiting request, %1").arg(queued), QStringLiteral("B"),
              median(taken.waitingBytes), std::nullopt, 300, Row::Judged::Value},
