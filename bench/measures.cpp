@@ -70,16 +70,16 @@ double Measure::privateDirtyBytes(qint64 process)
     return static_cast<double>(numberBehind("Private_Dirty", rollup)) * bytesPerKilobyte;
 }
 
-qint64 Measure::contextSwitches(qint64 process)
+QMap<QString, qint64> Measure::contextSwitches(qint64 process)
 {
-    qint64 switches = 0;
+    QMap<QString, qint64> switches;
     const QDir threads(ofProcess(process, QStringLiteral("task")));
     const QStringList ids = threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot);
     require(!ids.isEmpty(), QStringLiteral("there is no process %1").arg(process));
     for (const QString &id : ids) {
         const QByteArray status = contentOf(threads.filePath(id + QStringLiteral("/status")));
-        switches += numberBehind("voluntary_ctxt_switches", status) +
-                    numberBehind("nonvoluntary_ctxt_switches", status);
+        switches.insert(id, numberBehind("voluntary_ctxt_switches", status) +
+                                numberBehind("nonvoluntary_ctxt_switches", status));
     }
     return switches;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMap>
 #include <QString>
 #include <QVector>
 
@@ -25,8 +26,8 @@ qint64 processorNs(qint64 process);
 qint64 mainThreadProcessorNs(qint64 process);
 /// Bytes of memory that it alone has, and has written.
 double privateDirtyBytes(qint64 process);
-/// How often its threads were taken off a processor, by waiting or by force.
-qint64 contextSwitches(qint64 process);
+/// How often each of its threads, by its id, was taken off a processor, by waiting or by force.
+QMap<QString, qint64> contextSwitches(qint64 process);
 
 } // namespace Measure
 
