@@ -10,6 +10,7 @@
 namespace
 {
 const auto nothing = QStringLiteral("-");
+constexpr double leastRatio = 0.8; // what noise alone explains
 
 QString number(double value)
 {
@@ -32,6 +33,9 @@ QString targetOf(const Row &row)
 
 QString verdict(const Row &row)
 {
+    if (row.isDisturbed()) {
+        return QStringLiteral("disturbed");
+    }
     const std::optional<bool> met = row.isMet();
     if (!met) {
         return nothing;
@@ -67,6 +71,7 @@ QJsonObject jsonOf(const Row &row, bool isJudged)
         object.insert(QStringLiteral("target"), jsonOf(row.target));
         object.insert(QStringLiteral("judged"), isRatio ? QStringLiteral("ratio") : QStringLiteral("value"));
         object.insert(QStringLiteral("met"), met ? QJsonValue(*met) : QJsonValue());
+        object.insert(QStringLiteral("disturbed"), row.isDisturbed());
     }
     return object;
 }
@@ -77,10 +82,16 @@ std::optional<double> Row::ratio() const
     return floor && *floor > 0 ? std::optional<double>(value / *floor) : std::nullopt;
 }
 
+bool Row::isDisturbed() const
+{
+    const std::optional<double> measured = ratio();
+    return judged == Judged::Ratio && target && measured && *measured < leastRatio;
+}
+
 std::optional<bool> Row::isMet() const
 {
     const std::optional<double> measured = judged == Judged::Ratio ? ratio() : value;
-    return target && measured ? std::optional<bool>(*measured <= *target) : std::nullopt;
+    return target && measured && !isDisturbed() ? std::optional<bool>(*measured <= *target) : std::nullopt;
 }
 
 QString Report::table(const QVector<Row> &rows, bool isJudged)

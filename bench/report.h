@@ -23,7 +23,10 @@ struct Row {
 
     /// Nothing without a floor above 0.
     std::optional<double> ratio() const;
-    /// Nothing without a target.
+    /// Whether the ratio by which it is judged is so far below 1 that something else slowed the floor down:
+    /// the floor is a part of what is measured.
+    bool isDisturbed() const;
+    /// Nothing without a target, or when it is disturbed.
     std::optional<bool> isMet() const;
 };
 

@@ -18,6 +18,7 @@ class TestBenchReport : public QObject
 private Q_SLOTS:
     void row_isJudgedByItsTarget_data();
     void row_isJudgedByItsTarget();
+    void jsonOfADisturbedRow_saysSo();
     void rowsWithoutJudgement_haveNoTargets();
     void quantile_isTheSmallestValueWithThatPartNotAboveIt_data();
     void quantile_isTheSmallestValueWithThatPartNotAboveIt();
@@ -51,6 +52,18 @@ void TestBenchReport::row_isJudgedByItsTarget_data()
                                             << QStringLiteral("- 0.00 - <= 0.00 yes") << QJsonValue(true);
     QTest::newRow("target of nothing, missed") << Row{ms, QString(), 1, std::nullopt, 0, value}
                                                << QStringLiteral("- 1.00 - <= 0.00 NO") << QJsonValue(false);
+    QTest::newRow("ratio a little below one")
+        << Row{ms, ms, 4, 5, 1.5, ratio} << QStringLiteral("5.00 ms 4.00 ms 0.80 <= 1.50 yes")
+        << QJsonValue(true);
+    QTest::newRow("ratio far below one: the floor was disturbed")
+        << Row{ms, ms, 3.9, 5, 1.5, ratio} << QStringLiteral("5.00 ms 3.90 ms 0.78 <= 1.50 disturbed")
+        << QJsonValue();
+    QTest::newRow("value at its target, ratio far below one")
+        << Row{ms, ms, 1, 5, 50, value} << QStringLiteral("5.00 ms 1.00 ms 0.20 <= 50.0 ms yes")
+        << QJsonValue(true);
+    QTest::newRow("no target, ratio far below one")
+        << Row{ms, ms, 1, 5, std::nullopt, ratio} << QStringLiteral("5.00 ms 1.00 ms 0.20 - -")
+        << QJsonValue();
     QTest::newRow("no target") << Row{ms, ms, 1234, 617, std::nullopt, ratio}
                                << QStringLiteral("617 ms 1234 ms 2.00 - -") << QJsonValue();
     QTest::newRow("ratio to a floor of nothing")
@@ -72,6 +85,20 @@ void TestBenchReport::row_isJudgedByItsTarget()
     QCOMPARE(lastLine.simplified(), QStringLiteral("figure ") + cells);
     QCOMPARE(report.value(QStringLiteral("rows")).toArray().at(0).toObject().value(QStringLiteral("met")),
              met);
+}
+
+void TestBenchReport::jsonOfADisturbedRow_saysSo()
+{
+    const Row quiet = {QStringLiteral("f"), QStringLiteral("ms"), 5, 5, 1.5};
+    const Row disturbed = {QStringLiteral("f"), QStringLiteral("ms"), 1, 5, 1.5};
+
+    const QJsonArray rows = QJsonDocument::fromJson(Report::json({quiet, disturbed}, true))
+                                .object()
+                                .value(QStringLiteral("rows"))
+                                .toArray();
+
+    QCOMPARE(rows.at(0).toObject().value(QStringLiteral("disturbed")), QJsonValue(false));
+    QCOMPARE(rows.at(1).toObject().value(QStringLiteral("disturbed")), QJsonValue(true));
 }
 
 void TestBenchReport::rowsWithoutJudgement_haveNoTargets()
