@@ -4,6 +4,8 @@
 
 #include <QPointer>
 
+#include <utility>
+
 /// Connects tasks to the slots of one receiver, and knows in a slot which task's signal it is.
 /// QObject::sender() knows that too, but goes through the connections of all tasks to find out: milliseconds
 /// for each result when ten thousand tasks wait. Main thread only, which has to be the receiver's.
@@ -25,14 +27,20 @@ public:
                  void (Receiver::*slot)(Arguments...))
     {
         const auto deliver = [this, slot, from = QPointer<VFetchTask>(task)](Arguments... arguments) {
-            sendingTask = from;
+            // A slot may end in the deletion of the receiver, or in another signal.
+            const QPointer<Receiver> alive(receiver);
+            const bool isListener = !from.isNull() && from->hasListener(receiver);
+            const QPointer<VFetchTask> outer = std::exchange(sendingTask, isListener ? from : nullptr);
             (receiver->*slot)(arguments...);
-            sendingTask.clear();
+            if (!alive.isNull()) {
+                sendingTask = outer;
+            }
         };
         QObject::connect(task, signal, receiver, deliver);
     }
 
-    /// In a slot, the task whose signal it is; null when that task has been deleted since.
+    /// In a slot, the task whose signal it is; null when that task has been deleted since, or the receiver is
+    /// no listener of it any more.
     VFetchTask *sender() const { return sendingTask; }
 
 private:

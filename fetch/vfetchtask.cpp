@@ -102,7 +102,7 @@ void VFetchTask::setOneTimeUpdate(bool oneTime)
 
 bool VFetchTask::addListener(const QObject *listener)
 {
-    if (d->listeners.contains(listener)) {
+    if (hasListener(listener)) {
         return false;
     }
     d->listeners.append(listener);
@@ -112,6 +112,11 @@ bool VFetchTask::addListener(const QObject *listener)
 void VFetchTask::removeListener(const QObject *listener)
 {
     d->listeners.removeAll(listener);
+}
+
+bool VFetchTask::hasListener(const QObject *listener) const
+{
+    return d->listeners.contains(listener);
 }
 
 void VFetchTask::setRequestMethod(int method)

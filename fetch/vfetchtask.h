@@ -75,6 +75,7 @@ public:
     /// thread, which has to be the same for all listeners.
     bool addListener(const QObject *listener);
     void removeListener(const QObject *listener);
+    bool hasListener(const QObject *listener) const;
 
     /// Setting another URL clears the headers.
     virtual void setUrl(const QUrl &url);

@@ -37,6 +37,9 @@ private Q_SLOTS:
     void onlyTaskDeletedWhileQueued_leavesAnEmptyQueue();
     void taskDeletedAfterSuccess_isWarnedAbout();
     void taskDeletedAfterFailure_isDroppedSilently();
+    void taskRemovedAfterItsRun_isNotReported_data();
+    void taskRemovedAfterItsRun_isNotReported();
+    void fetcherDeletedAtAResult_isLeftAlone();
 
     void leavingTask_takesAllItsEntriesWithIt_data();
     void leavingTask_takesAllItsEntriesWithIt();
@@ -313,6 +316,41 @@ void TestFetcherRuns::taskDeletedAfterFailure_isDroppedSilently()
 
     QVERIFY(PlatformCapture::lines().isEmpty());
     QCOMPARE(failures.count(), 0);
+}
+
+void TestFetcherRuns::taskRemovedAfterItsRun_isNotReported_data()
+{
+    QTest::addColumn<int>("ending");
+    QTest::newRow("success") << int(ScriptedTask::Succeeds);
+    QTest::newRow("failure") << int(ScriptedTask::Fails);
+}
+
+void TestFetcherRuns::taskRemovedAfterItsRun_isNotReported()
+{
+    QFETCH(int, ending);
+    ScriptedTask task(1, static_cast<ScriptedTask::Ending>(ending));
+    VDataFetcher fetcher;
+    QSignalSpy successes(&fetcher, &VDataFetcher::taskSuccess);
+    QSignalSpy failures(&fetcher, &VDataFetcher::taskFailure);
+    fetcher.addFetchTask(&task, 0, true);
+    waitWithoutEvents({1});
+    fetcher.stopProcessing();
+
+    fetcher.removeFetchTask(&task);
+    QCoreApplication::processEvents();
+
+    QCOMPARE(successes.count() + failures.count(), 0);
+}
+
+void TestFetcherRuns::fetcherDeletedAtAResult_isLeftAlone()
+{
+    SingleShotTask task(1);
+    QPointer<VDataFetcher> fetcher = new VDataFetcher;
+    connect(fetcher.data(), &VDataFetcher::taskSuccess, this, [&fetcher] { delete fetcher.data(); });
+
+    fetcher->addFetchTask(&task, 0, true);
+
+    QTRY_VERIFY(fetcher.isNull());
 }
 
 void TestFetcherRuns::leavingTask_takesAllItsEntriesWithIt_data()
