@@ -17,6 +17,8 @@ public:
     bool isEmpty() const { return counts.empty(); }
 
     void clear() { counts.clear(); }
+    /// Gives back what it keeps for more than it holds.
+    void squeeze() { counts.rehash(0); }
 
     void increase(const RemoteTaskDescription &descr) { ++counts[descr]; }
 

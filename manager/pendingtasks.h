@@ -50,6 +50,14 @@ public:
         }
     }
 
+    /// Gives back what it keeps for more than it holds.
+    void squeeze()
+    {
+        order.squeeze();
+        counts.squeeze();
+        walkedCounts.squeeze();
+    }
+
     void startWalk()
     {
         walked = 0;

@@ -137,7 +137,7 @@ protected:
     QTimer *refreshTimer;
     PendingTasks pendingTasks;  ///< waiting or running, in the order of arrival
     bool sliceIsPosted = false; ///< more of a long queue is handed over at the event loop's next turn
-    bool queueWasLong = false;  ///< since it was empty; its memory is then given back to the system
+    bool queueWasLong = false;  ///< since it was short; its memory is then given back to the system
     QStringList installedWidgets;
     QString apiKey;
     QString serial;

@@ -25,7 +25,8 @@ namespace
 constexpr auto retryDelay = 5s;
 constexpr int sliceLength = 50;    // requests that are handed over before the event loop has its turn
 constexpr int longQueue = 100;     // requests; each holds about 5 KB while it is under way
-constexpr auto disposalDelay = 1s; // the last task goes home and is deleted well within it
+constexpr int shortQueue = 10;     // some of them may fail again and again
+constexpr auto disposalDelay = 1s; // the last tasks go home and are deleted well within it
 } // namespace
 
 /// A task with the whole request for @p descr, owned by the caller; null for an unknown kind. The API key of
@@ -196,11 +197,9 @@ void QWixtApplicationManager::removeAllTasksFromWorker()
 /// use, for as long as the process lives.
 void QWixtApplicationManager::returnFreeMemory()
 {
-    if (pendingTasks.isEmpty() && tasksByDescription.isEmpty() && outstandingRuns.isEmpty()) {
-        pendingTasks = {};
-        outstandingRuns = {};
-        tasksByDescription.releaseRoom();
-    }
+    pendingTasks.squeeze();
+    outstandingRuns.squeeze();
+    tasksByDescription.squeeze();
 #ifdef __GLIBC__
     malloc_trim(0);
 #endif
@@ -211,7 +210,7 @@ void QWixtApplicationManager::returnFreeMemory()
 void QWixtApplicationManager::dropRequest(const RemoteTaskDescription &descr)
 {
     pendingTasks.removeOne(descr);
-    if (queueWasLong && pendingTasks.isEmpty()) {
+    if (queueWasLong && pendingTasks.size() <= shortQueue) {
         queueWasLong = false;
         QTimer::singleShot(disposalDelay, this, &QWixtApplicationManager::returnFreeMemory);
     }

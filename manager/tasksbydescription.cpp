@@ -69,7 +69,7 @@ RemoteTaskWithDescription *TasksByDescription::take(const RemoteTaskDescription 
     return task;
 }
 
-void TasksByDescription::releaseRoom()
+void TasksByDescription::squeeze()
 {
-    index = {};
+    index.rehash(0);
 }

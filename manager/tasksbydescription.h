@@ -35,8 +35,8 @@ public:
     /// Removes the entry of this description and returns its task, or null when there is none.
     [[nodiscard]] RemoteTaskWithDescription *take(const RemoteTaskDescription &descr);
 
-    /// Gives back what it keeps for entries to come; it must be empty.
-    void releaseRoom();
+    /// Gives back what it keeps for more than it holds.
+    void squeeze();
 
 private:
     Map map; ///< never shared, so that its iterators stay valid
