@@ -17,8 +17,8 @@ export async function startBrowser() {
   });
 }
 
-/** A page with a profile of its own; `complaints` gathers what must not happen in it. */
-export async function openPage(browser, url, options = {}) {
+/** A page with a profile of its own; `complaints` gathers what must not happen in it. `prepare` gets it before it loads. */
+export async function openPage(browser, url, options = {}, prepare = undefined) {
   const context = await browser.newContext({viewport: {width: 1280, height: 800}, acceptDownloads: true, ...options});
   const page = await context.newPage();
   page.setDefaultTimeout(20000);
@@ -39,6 +39,7 @@ export async function openPage(browser, url, options = {}) {
       page.complaints.push(`request to ${request.url()}`);
     }
   });
+  await prepare?.(page);
   await page.goto(url);
   return page;
 }

@@ -4,6 +4,7 @@ import {readFileSync} from 'node:fs';
 import {createServer} from 'node:http';
 import {after, before, test} from 'node:test';
 import {arrowsOf, eventsOf, expectedArrows} from './arrows.mjs';
+import {openChart} from './chartpage.mjs';
 import {downloaded, openPage, startBrowser, takePicture, violations} from './browser.mjs';
 import {Device, until} from './device.mjs';
 
@@ -397,6 +398,24 @@ test('pressAndRelease_areAClickWhileEventsCome', async () => {
   await turn(page, 'Internet', true);
 
   assert.match(await page.textContent('#details h2'), /^passing-\d+$/);
+  await close(page);
+});
+
+test('pauseThatOutlastsTheEvents_countsWhatIsThere', async () => {
+  const page = await openChart(browser, device.url);
+  const says = (text) => until(text, async () => (await page.textContent('#count')) === text);
+
+  await page.evaluate(() => {
+    addNotes(1000);
+    chart.setPaused(true);
+    addNotes(98000);
+  });
+  await says('1000 events, paused: 98000 new');
+  await page.evaluate(() => addNotes(1001));
+  await says('0 events, paused: 90001 new, 10000 older ones in the saved trace only');
+  await page.evaluate(() => chart.setPaused(false));
+
+  await says('90001 events, 10000 older ones in the saved trace only');
   await close(page);
 });
 

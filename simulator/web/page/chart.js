@@ -23,7 +23,6 @@ export class Chart {
     this.extent.append(this.picture);
     this.isFollowing = true;
     this.isPaused = false;
-    this.waiting = [];
     this.frame = 0;
     this.makeHeads();
     this.listen();
@@ -55,11 +54,9 @@ export class Chart {
   }
 
   take(fresh, isShortened) {
-    if (this.isPaused) {
-      this.waiting.push(...fresh);
-    } else if (isShortened) {
+    if (isShortened) {
       this.rebuild();
-    } else {
+    } else if (!this.isPaused) {
       this.layout.append(fresh);
     }
     this.draw();
@@ -67,15 +64,20 @@ export class Chart {
 
   setPaused(isPaused) {
     this.isPaused = isPaused;
-    this.waiting = [];
+    this.pausedAfter = this.events.dropped + this.events.list.length;
     this.rebuild();
+  }
+
+  /** How many of the events are older than the pause; all of them when there is none. */
+  get shownUpTo() {
+    const {dropped, list} = this.events;
+    return this.isPaused ? Math.max(0, this.pausedAfter - dropped) : list.length;
   }
 
   /** After the filter or the scale has changed; what came during a pause stays away. */
   rebuild() {
-    const held = new Set(this.waiting);
     this.layout.clear();
-    this.layout.append(held.size ? this.events.list.filter((event) => !held.has(event)) : this.events.list);
+    this.layout.append(this.events.list.slice(0, this.shownUpTo));
     const row = this.selected && this.layout.rowOf(this.selected);
     if (row && !this.isFollowing) {
       this.extent.style.height = `${this.layout.height}px`;
@@ -142,10 +144,10 @@ export class Chart {
     } else {
       this.view.removeAttribute('aria-activedescendant');
     }
-    const all = this.events.list.length - this.waiting.length;
+    const all = this.shownUpTo;
     const shown = this.layout.eventCount;
     const older = this.events.dropped ? `, ${this.events.dropped} older ones in the saved trace only` : '';
-    const waiting = this.isPaused ? `, paused: ${this.waiting.length} new` : '';
+    const waiting = this.isPaused ? `, paused: ${this.events.list.length - all} new` : '';
     document.getElementById('count').textContent =
       `${shown === all ? all : `${shown} of ${all}`} events${waiting}${older}`;
     const empty = document.getElementById('empty');
