@@ -472,6 +472,28 @@ test('simulatorStartedAgain_isFollowedByThePage', async () => {
   await ownDevice.stop();
 });
 
+test('storyStoppedByThePerson_isNoFailureAndPlaysOnceMore', async () => {
+  const ownDevice = new Device();
+  await ownDevice.start();
+  const page = await openPage(browser, ownDevice.url);
+  const steps = () => [...ownDevice.output.matchAll(/note +1\. The device boots/g)].length;
+
+  await page.click('#play');
+  await until('the first step', () => steps() === 1);
+  await page.click('#play');
+  await page.getByText('The story was stopped.').waitFor();
+  assert.equal(await page.locator('.story .bad').count(), 0);
+  await page.click('#play');
+  await until('the first step again', () => steps() === 2);
+  await page.setInputFiles('#file', {name: 'other.html', mimeType: 'text/html',
+    buffer: Buffer.from('<script type="application/json" id="trace">[]</script>')});
+  await page.getByText('other.html: 0 events').waitFor();
+
+  assert.ok(await page.locator('#story').isHidden());
+  await close(page);
+  await ownDevice.stop();
+});
+
 test('storyThroughTheButton_comesTrueAndItsArrowsAreThoseOfTheTrace', async () => {
   const page = storysPage;
 

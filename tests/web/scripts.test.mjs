@@ -77,3 +77,27 @@ test('hundredThousandEvents_areHeldAndTheOldestGo', async () => {
   assert.ok(isShortened);
   assert.ok(layout.between(50000 * rowHeight, 50010 * rowHeight).length <= 11);
 });
+
+test('storyThatWasStopped_endsBeforeItPlaysAgain', async () => {
+  const {Story} = await script('story.js');
+  const reports = [];
+  const sent = [];
+  let answer;
+  const send = (line) => new Promise((resolve) => {
+    sent.push(line);
+    answer = () => resolve('');
+  });
+  const state = () => ({qwixtd: {present: false}, widgets: [], applications: []});
+  const story = new Story({list: [], run: 'a'}, send, state, (...report) => reports.push(report));
+
+  const first = story.play();
+  story.stop();
+  await story.play();
+  assert.ok(story.isPlaying);
+  answer();
+  await first;
+
+  assert.ok(!story.isPlaying);
+  assert.deepEqual(sent, ['heal']);
+  assert.deepEqual(reports, [[-1, '', true]]);
+});

@@ -13,6 +13,7 @@ const at = (id) => document.getElementById(id);
 const events = new Events();
 const chart = new Chart(events, (event) => showDetails(event, events));
 let link;
+let story;
 
 function say(text, kind) {
   at('connection').textContent = text;
@@ -73,6 +74,8 @@ function showTrace(text, name) {
     return;
   }
   link?.close();
+  story?.stop();
+  at('story').hidden = true;
   document.body.classList.add('saved');
   events.clear('saved');
   chart.setPaused(false);
@@ -96,36 +99,47 @@ function listenToFiles() {
   });
 }
 
-function reportStep(index, problem) {
+function reportStep(index, problem, isStopped) {
   const isOver = index >= storySteps.length;
   [...at('steps').children].forEach((item, i) => {
     const isBad = i === index && problem;
-    item.className = isBad ? 'bad' : (i < index ? 'done' : (i === index ? 'now' : ''));
-    if (i === index) {
+    item.className = isBad ? 'bad' : (i < index ? 'done' : (i === index && !isStopped ? 'now' : ''));
+    if (i === index && !isStopped) {
       item.setAttribute('aria-current', 'step');
     } else {
       item.removeAttribute('aria-current');
     }
   });
-  at('storyline').textContent = problem ? `Step ${index + 1} did not come true: ${problem}`
-    : (isOver ? 'The story came true.' : `Step ${index + 1} of ${storySteps.length}: ${storySteps[index]}`);
+  at('storyline').textContent = isStopped ? 'The story was stopped.'
+    : problem ? `Step ${index + 1} did not come true: ${problem}`
+    : isOver ? 'The story came true.'
+    : `Step ${index + 1} of ${storySteps.length}: ${storySteps[index]}`;
   at('storyline').className = problem ? 'bad' : '';
 }
 
 function makeStory(send, controls) {
-  const story = new Story(events, send, () => controls.state, reportStep);
+  story = new Story(events, send, () => controls.state, reportStep);
   at('steps').append(...storySteps.map((says) => element('li', {}, says)));
   at('play').addEventListener('click', async () => {
     if (story.isPlaying) {
       story.stop();
+      showPlay(controls.state);
       return;
     }
     at('story').hidden = false;
-    at('play').textContent = 'Stop the story';
     chart.isFollowing = true;
-    await story.play();
-    at('play').textContent = 'Play the story';
+    const end = story.play();
+    showPlay(controls.state);
+    await end;
+    showPlay(controls.state);
   });
+}
+
+// A story that was stopped has to end before it can be played again.
+function showPlay(state) {
+  at('play').textContent = story.isPlaying ? 'Stop the story' : 'Play the story';
+  at('play').disabled = !state.qwixtd.ours || (story.isPlaying && story.isStopped);
+  at('play').title = state.qwixtd.ours ? '' : 'The story starts and stops the daemon: use tools/demo.sh --web';
 }
 
 function showConnection(isConnected) {
@@ -145,8 +159,7 @@ function goLive() {
     missing: (first, last) => events.addNote(-last, `Events ${first} to ${last} are no longer held`),
     state: (state) => {
       controls.show(state);
-      at('play').disabled = !state.qwixtd.ours;
-      at('play').title = state.qwixtd.ours ? '' : 'The story starts and stops the daemon: use tools/demo.sh --web';
+      showPlay(state);
     },
     connected: showConnection,
   });

@@ -114,13 +114,16 @@ export const storySteps = steps.map((step) => step.says);
 
 /** Plays the story; one at a time. */
 export class Story {
-  /** `send` sends a command, `state` gives the device's state, `report(index, problem)` hears of each step. */
+  /** `send` sends a command, `state` gives the device's state; `report(index, problem, isStopped)` hears of each step. */
   constructor(events, send, state, report) {
-    Object.assign(this, {events, send, state, report, mark: 0, isPlaying: false});
+    Object.assign(this, {events, send, state, report, mark: 0, isPlaying: false, isStopped: false});
   }
 
   async play() {
-    this.isPlaying = true;
+    if (this.isPlaying) {
+      return;
+    }
+    Object.assign(this, {isPlaying: true, isStopped: false});
     let index = -1;
     try {
       await this.clear();
@@ -132,13 +135,14 @@ export class Story {
       }
       this.report(steps.length);
     } catch (problem) {
-      this.report(index, problem.message);
+      this.report(index, this.isStopped ? '' : problem.message, this.isStopped);
     }
     this.isPlaying = false;
   }
 
+  /** The story goes on playing until the step at hand has noticed. */
   stop() {
-    this.isPlaying = false;
+    this.isStopped = true;
   }
 
   // A device that was never set up, and a server that knows nothing of it.
@@ -190,7 +194,7 @@ export class Story {
   }
 
   goOnOrStop() {
-    if (!this.isPlaying) {
+    if (this.isStopped) {
       throw new Error('stopped');
     }
   }
