@@ -401,6 +401,18 @@ test('pressAndRelease_areAClickWhileEventsCome', async () => {
   await close(page);
 });
 
+test('savedTraceOfManyEvents_isSeenWhole', async () => {
+  const page = await openPage(browser, device.url);
+  const list = Array.from({length: 130000}, (unused, i) =>
+    ({n: i + 1, t: i, kind: 'note', from: 'server', to: 'server', title: `note ${i + 1}`}));
+
+  await page.setInputFiles('#file', {name: 'long.html', mimeType: 'text/html',
+    buffer: Buffer.from(`<script type="application/json" id="trace">${JSON.stringify(list)}</script>`)});
+
+  await until('all events', async () => (await page.textContent('#count')) === '130000 events');
+  await close(page);
+});
+
 test('pauseThatOutlastsTheEvents_countsWhatIsThere', async () => {
   const page = await openChart(browser, device.url);
   const says = (text) => until(text, async () => (await page.textContent('#count')) === text);

@@ -3,15 +3,16 @@
 const mostEvents = 100000;
 const droppedAtOnce = 10000;
 
-/** Keeps the newest 100,000 events; the saved trace has more. */
+/** Keeps the newest 100,000 events, or as many as clear() says; the saved trace has more. */
 export class Events {
   constructor() {
     this.listeners = [];
     this.clear('');
   }
 
-  clear(run) {
-    Object.assign(this, {list: [], byId: new Map(), answers: new Map(), widgets: new Set(), run, dropped: 0});
+  /** Forgets all; `most` events are kept from now on. */
+  clear(run, most = mostEvents) {
+    Object.assign(this, {most, list: [], byId: new Map(), answers: new Map(), widgets: new Set(), run, dropped: 0});
   }
 
   /** Numbers count anew in every run of the simulator. */
@@ -42,9 +43,9 @@ export class Events {
         this.widgets.add(event.widget);
       }
     }
-    const isTooMany = this.list.length > mostEvents;
+    const isTooMany = this.list.length > this.most;
     if (isTooMany) {
-      this.drop(Math.max(droppedAtOnce, this.list.length - mostEvents));
+      this.drop(Math.max(droppedAtOnce, this.list.length - this.most));
     }
     this.listeners.forEach((listener) => listener(fresh, isTooMany));
   }

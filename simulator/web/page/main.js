@@ -77,7 +77,7 @@ function showTrace(text, name) {
   story?.stop();
   at('story').hidden = true;
   document.body.classList.add('saved');
-  events.clear('saved');
+  events.clear('saved', Infinity);
   chart.setPaused(false);
   events.add(list);
   chart.rebuild();
