@@ -401,6 +401,28 @@ test('pressAndRelease_areAClickWhileEventsCome', async () => {
   await close(page);
 });
 
+test('fileThatIsNoTrace_isRefusedAndChangesNothing', async () => {
+  const page = await openPage(browser, device.url);
+  await shown(page, 'identifier=safe');
+  const open = (name, json) => page.setInputFiles('#file', {name, mimeType: 'text/html',
+    buffer: Buffer.from(`<script type="application/json" id="trace">${json}</script>`)});
+
+  for (const [name, json, reason] of [
+    ['torn.html', '[{"n":1', ''],
+    ['empty.html', 'null', ': it holds no list of events'],
+    ['strange.html', '[{"n":1,"t":1,"kind":"note","from":"x","to":"x","title":"a"}]',
+      ': entry 1 of its list is in a lane that does not exist'],
+  ]) {
+    await open(name, json);
+    await page.getByText(`${name} is no saved trace${reason}`, {exact: true}).waitFor();
+  }
+  device.type('note still-live');
+
+  await shown(page, 'still-live');
+  assert.ok(await page.locator('#play').isVisible());
+  await close(page);
+});
+
 test('savedTraceOfManyEvents_isSeenWhole', async () => {
   const page = await openPage(browser, device.url);
   const list = Array.from({length: 130000}, (unused, i) =>

@@ -101,3 +101,32 @@ test('storyThatWasStopped_endsBeforeItPlaysAgain', async () => {
   assert.deepEqual(sent, ['heal']);
   assert.deepEqual(reports, [[-1, '', true]]);
 });
+
+test('listOfTheWrongShape_isRefusedWithAReason', async () => {
+  const {wrongInTrace} = await script('events.js');
+  const {lanes} = await script('format.js');
+  const places = lanes.map(({id}) => id);
+  const [good] = notes(1, 1);
+  const none = 'it holds no list of events';
+  const rows = [
+    [null, none], [{}, none], [5, none], ['[]', none],
+    [[null], 'entry 1 of its list is no event'],
+    [[good, 5], 'entry 2 of its list is no event'],
+    [[[]], 'entry 1 of its list is no event'],
+    [[{}], 'entry 1 of its list has a wrong "n"'],
+    [[{...good, t: 1e300}], 'entry 1 of its list has a wrong "t"'],
+    [[{...good, title: {}}], 'entry 1 of its list has a wrong "title"'],
+    [[{...good, bytes: 7}], 'entry 1 of its list has a wrong "bytes"'],
+    [[{...good, widget: []}], 'entry 1 of its list has a wrong "widget"'],
+    [[{...good, from: 'elsewhere'}], 'entry 1 of its list is in a lane that does not exist'],
+    [[{...good, from: ''}], 'entry 1 of its list is in a lane that does not exist'],
+    [[{...good, kind: 'request'}], 'entry 1 of its list is a request without bytes'],
+    [[{...good, kind: 'response'}], 'entry 1 of its list says not how long it took'],
+    [[{...good, retryOf: 1}], 'entry 1 of its list says not how long it took'],
+    [[], ''], [notes(1, 3), ''], [[{...good, from: '', to: ''}], ''],
+  ];
+
+  const found = rows.map(([list]) => wrongInTrace(list, places));
+
+  assert.deepEqual(found, rows.map(([, wrong]) => wrong));
+});

@@ -97,3 +97,45 @@ export class Filter {
     return where.toLowerCase().includes(this.text);
   }
 }
+
+const isText = (value) => typeof value === 'string';
+const isNumber = (value) => Number.isFinite(value) && Math.abs(value) <= 8.64e15;
+
+// What the page relies on in an event: the first fields are in each, the others where they are needed.
+const wanted = {n: isNumber, t: isNumber, kind: isText, from: isText, to: isText, title: isText};
+const possible = {widget: isText, bytes: isText, service: isText, path: isText, interface: isText, member: isText,
+  failure: isText, status: isNumber, ms: isNumber, re: isNumber, retryOf: isNumber, retryAfterMs: isNumber};
+
+function wrongInEvent(event, places) {
+  if (typeof event !== 'object' || event === null || Array.isArray(event)) {
+    return 'is no event';
+  }
+  const isWrong = ([name, isRight]) => !isRight(event[name]);
+  const isWrongIfThere = ([name, isRight]) => event[name] !== undefined && !isRight(event[name]);
+  const [name] = Object.entries(wanted).find(isWrong) ?? Object.entries(possible).find(isWrongIfThere) ?? [];
+  if (name) {
+    return `has a wrong "${name}"`;
+  }
+  const isAcross = event.from === '' && event.to === '';
+  if (!isAcross && !(places.includes(event.from) && places.includes(event.to))) {
+    return 'is in a lane that does not exist';
+  }
+  const isWithoutBytes = event.kind === 'request' && event.bytes === undefined;
+  const isWithoutTime = (event.retryOf !== undefined && event.retryAfterMs === undefined) ||
+    (event.kind === 'response' && event.ms === undefined);
+  return isWithoutBytes ? 'is a request without bytes' : isWithoutTime ? 'says not how long it took' : '';
+}
+
+/** Why this is no list of events that can be shown in lanes of these ids; empty when it is one. */
+export function wrongInTrace(list, places) {
+  if (!Array.isArray(list)) {
+    return 'it holds no list of events';
+  }
+  for (const [i, event] of list.entries()) {
+    const wrong = wrongInEvent(event, places);
+    if (wrong) {
+      return `entry ${i + 1} of its list ${wrong}`;
+    }
+  }
+  return '';
+}

@@ -2,8 +2,8 @@
 import {Chart} from '/chart.js';
 import {Controls} from '/controls.js';
 import {showDetails} from '/details.js';
-import {Events} from '/events.js';
-import {clockTime, element} from '/format.js';
+import {Events, wrongInTrace} from '/events.js';
+import {clockTime, element, lanes} from '/format.js';
 import {Link} from '/link.js';
 import {exportedSvg} from '/picture.js';
 import {Prompt} from '/prompt.js';
@@ -71,6 +71,11 @@ function showTrace(text, name) {
     list = JSON.parse(text);
   } catch {
     say(`${name} is no saved trace`, 'bad');
+    return;
+  }
+  const wrong = wrongInTrace(list, lanes.map(({id}) => id));
+  if (wrong) {
+    say(`${name} is no saved trace: ${wrong}`, 'bad');
     return;
   }
   link?.close();
