@@ -288,6 +288,9 @@ test('keyboardAlone_isEnough', async () => {
   assert.equal(await active(), 'details');
   await page.keyboard.press('Escape');
   assert.equal(await active(), 'chart');
+  await page.keyboard.press('Enter');
+  assert.equal(await active(), 'details');
+  await page.keyboard.press('Escape');
   await tabTo('Internet');
   await page.keyboard.press('Space');
   await until('no internet', async () => (await isOn(page, 'Internet')) === 'false');

@@ -222,6 +222,8 @@ export class Chart {
       this.choose(moves[key.key]());
     } else if (key.key === 'Enter' && this.selected) {
       key.preventDefault();
+      // The details may have been closed.
+      this.select(this.selected);
       document.getElementById('details').focus();
     }
   }
