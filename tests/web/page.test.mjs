@@ -297,6 +297,17 @@ test('keyboardAlone_isEnough', async () => {
   assert.equal(await active(), 'Internet');
   await page.keyboard.press('Space');
   await until('internet', async () => (await isOn(page, 'Internet')) === 'true');
+  device.type('add-app "first one" A face', 'add-app "second one" B face');
+  await page.getByText('second one: B, face').waitFor();
+  const [first, second] = await page.locator('#applications button').evaluateAll((buttons) =>
+    buttons.slice(-2).map((button) => button.ariaLabel));
+  await tabTo(second);
+  device.type(first.replace('Remove', 'remove-app'));
+  await page.getByText('first one: A, face').waitFor({state: 'detached'});
+  assert.equal(await active(), second);
+  await page.keyboard.press('Enter');
+  await page.getByText('second one: B, face').waitFor({state: 'detached'});
+  assert.equal(await active(), 'Widget of a new application');
   await tabTo('line');
   await page.keyboard.type('help');
   await page.keyboard.press('Enter');

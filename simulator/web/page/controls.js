@@ -43,7 +43,8 @@ function asItem(item, name, look) {
 }
 
 // Brings a list to these items. Those that are there already stay as they are: a browser sends no click when the button
-// was replaced between press and release, and its focus would be lost.
+// was replaced between press and release, and its focus would be lost. The focus of
+// an item that is gone goes to the field below the list.
 function fill(list, items, whenEmpty) {
   const focused = [...list.children].find((item) => item.contains(document.activeElement))?.name;
   const there = new Map([...list.children].map((item) => [item.look, item]));
@@ -60,7 +61,8 @@ function fill(list, items, whenEmpty) {
     }
   });
   if (focused !== undefined && !list.contains(document.activeElement)) {
-    wanted.find((item) => item.name === focused)?.querySelector('button')?.focus();
+    const button = wanted.find((item) => item.name === focused)?.querySelector('button');
+    (button ?? list.nextElementSibling?.querySelector('input'))?.focus();
   }
 }
 
