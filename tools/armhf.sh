@@ -98,6 +98,7 @@ count() {
 }
 
 make_device_root "${packages[@]}"
+require_device_root "device$suffix" "device-tests$suffix"
 require_sandbox
 build "device$suffix"
 build "device-tests$suffix" qwixtd

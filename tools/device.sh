@@ -67,3 +67,14 @@ make_device_root() {
     printf '%s\n' "$release $packages" >"$device_root.part/.packages"
     mv "$device_root.part" "$device_root"
 }
+
+# require_device_root PRESET...: ends the script when a build directory is configured for the root of another device, which
+# CMake would only see where it configures anew.
+require_device_root() {
+    local preset root
+    for preset in "$@"; do
+        root=$(sed -n 's/^QWIXTD_SYSROOT:[A-Z]*=//p' "$ROOT/build/$preset/CMakeCache.txt" 2>/dev/null) || continue
+        [ -z "$root" ] || [ "$root" -ef "$device_root" ] ||
+            die "build/$preset is configured for the root of a device in $root, and not for $device_root: delete it first"
+    done
+}

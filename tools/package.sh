@@ -47,6 +47,7 @@ case $# in
     [ "$*" = --armhf ] || die "usage: package.sh [--armhf]"
     preset=device-package
     make_device_root "${needs[@]}"
+    require_device_root "$preset"
     environment=(DEB_HOST_ARCH=armhf "DPKG_ADMINDIR=$device_root/var/lib/dpkg")
     ;;
 esac
