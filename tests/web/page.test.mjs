@@ -415,6 +415,24 @@ test('pressAndRelease_areAClickWhileEventsCome', async () => {
   await close(page);
 });
 
+test('viewScrolledBack_staysWhenTheOldestEventsGo', async () => {
+  const page = await openChart(browser, device.url);
+  const place = () => page.locator('#event-a-50000').evaluate((node) => Math.round(node.getBoundingClientRect().top));
+  await page.evaluate(() => addNotes(99000));
+  await until('the last event', async () => (await page.locator('#event-a-99000').count()) === 1);
+  await page.evaluate(() => {
+    chart.view.scrollTop = 34 * 49995 + 7;
+  });
+  await page.locator('#event-a-50000').waitFor();
+  const before = await place();
+
+  await page.evaluate(() => addNotes(1001));
+  await page.getByText('90001 events, 10000 older ones').waitFor();
+
+  assert.equal(await place(), before);
+  await close(page);
+});
+
 test('fileThatIsNoTrace_isRefusedAndChangesNothing', async () => {
   const page = await openPage(browser, device.url);
   await shown(page, 'identifier=safe');

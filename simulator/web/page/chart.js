@@ -55,7 +55,7 @@ export class Chart {
 
   take(fresh, isShortened) {
     if (isShortened) {
-      this.rebuild();
+      this.shorten();
     } else if (!this.isPaused) {
       this.layout.append(fresh);
     }
@@ -74,10 +74,26 @@ export class Chart {
     return this.isPaused ? Math.max(0, this.pausedAfter - dropped) : list.length;
   }
 
-  /** After the filter or the scale has changed; what came during a pause stays away. */
-  rebuild() {
+  fillLayout() {
     this.layout.clear();
     this.layout.append(this.events.list.slice(0, this.shownUpTo));
+  }
+
+  // The oldest events have gone; what is seen stays where it is on the screen.
+  shorten() {
+    const {scrollTop} = this.view;
+    const seen = this.layout.eventRowFrom(this.layout.indexAt(scrollTop), 1);
+    this.fillLayout();
+    if (!this.isFollowing) {
+      const now = seen && this.layout.rowOf(seen.event);
+      this.extent.style.height = `${this.layout.height}px`;
+      this.view.scrollTop = now ? scrollTop + now.y - seen.y : 0;
+    }
+  }
+
+  /** After the filter or the scale has changed; what came during a pause stays away. */
+  rebuild() {
+    this.fillLayout();
     const row = this.selected && this.layout.rowOf(this.selected);
     if (row && !this.isFollowing) {
       this.extent.style.height = `${this.layout.height}px`;
