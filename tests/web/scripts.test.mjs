@@ -130,3 +130,13 @@ test('listOfTheWrongShape_isRefusedWithAReason', async () => {
 
   assert.deepEqual(found, rows.map(([, wrong]) => wrong));
 });
+
+test('anyName_isOneWordOfACommand', async () => {
+  const {commandWord} = await script('format.js');
+  const names = ['', 'plain', 'two words', 'a "quoted" one', 'back\\slash', 'two\nlines\n\nmore', 'tab\there', 'return\rhere'];
+
+  const words = names.map(commandWord);
+
+  assert.deepEqual(words, ['""', '"plain"', '"two words"', '"a \\"quoted\\" one"', '"back\\\\slash"',
+    '"two\\nlines\\n\\nmore"', '"tab\\there"', '"return here"']);
+});

@@ -52,9 +52,9 @@ export function spoken(event) {
   return [clockTime(event.t), way, event.kind, event.title, ...remarks(event), failed].filter(Boolean).join(', ');
 }
 
-/** One word of a command line, whatever it holds. */
+/** One word of a command line, whatever it holds; only a carriage return becomes a space, for which there is no word. */
 export function commandWord(text) {
-  return `"${text.replace(/[\\"]/g, '\\$&').replace(/[\r\n]+/g, ' ').replace(/\t/g, '\\t')}"`;
+  return `"${text.replace(/[\\"]/g, '\\$&').replace(/\n/g, '\\n').replace(/\r/g, ' ').replace(/\t/g, '\\t')}"`;
 }
 
 const bytesOf = (characters) => Uint8Array.from(characters, (character) => character.charCodeAt(0));
