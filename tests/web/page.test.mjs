@@ -433,6 +433,25 @@ test('viewScrolledBack_staysWhenTheOldestEventsGo', async () => {
   await close(page);
 });
 
+test('exportedChart_isXmlWhateverItSays', async () => {
+  const page = await openPage(browser, device.url);
+  const titles = ['\u0000\u0001\u001f', '\ufffe\uffff', 'half \ud83d', '\ude00 half', 'whole \u{1f600}', '<&>"\'\t', ']]>'];
+  const list = titles.flatMap((title, i) => [
+    {n: 2 * i + 1, t: 1, kind: 'note', from: '', to: '', title},
+    {n: 2 * i + 2, t: 1, kind: 'call', from: 'widgets', to: 'qwixtd', title}]);
+
+  await page.setInputFiles('#file', {name: 'odd.html', mimeType: 'text/html',
+    buffer: Buffer.from(`<script type="application/json" id="trace">${JSON.stringify(list).replaceAll('<', '\\u003c')}</script>`)});
+  await page.getByText('odd.html: 14 events').waitFor();
+  const picture = await openPage(browser, `file://${await downloaded(page, () => page.click('#export'))}`);
+
+  assert.equal(await picture.locator('parsererror').count(), 0);
+  assert.equal(await picture.locator('g.event').count(), list.length);
+  assert.ok((await picture.locator('svg').textContent()).includes('whole \u{1f600}'));
+  await close(picture);
+  await close(page);
+});
+
 test('fileThatIsNoTrace_isRefusedAndChangesNothing', async () => {
   const page = await openPage(browser, device.url);
   await shown(page, 'identifier=safe');

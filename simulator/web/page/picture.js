@@ -6,13 +6,17 @@ const svgSpace = 'http://www.w3.org/2000/svg';
 const characterWidth = 7.25;
 const shaftOffset = 23;
 
+// What no XML may hold, not even written as a number: most control characters, half characters and two that are none.
+const forbidden = /[\0-\x08\x0b\x0c\x0e-\x1f\ufffe\uffff]|\p{Surrogate}/gu;
+const allowed = (value) => typeof value === 'string' ? value.replace(forbidden, '\ufffd') : value;
+
 /** An SVG element; text is text, whatever it holds. */
 export function svg(name, attributes = {}, ...content) {
   const made = document.createElementNS(svgSpace, name);
   for (const [key, value] of Object.entries(attributes)) {
-    made.setAttribute(key, value);
+    made.setAttribute(key, allowed(value));
   }
-  made.append(...content);
+  made.append(...content.map(allowed));
   return made;
 }
 
