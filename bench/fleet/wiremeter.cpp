@@ -26,21 +26,25 @@ WireMeter::Count WireMeter::take()
 void WireMeter::accept()
 {
     while (QTcpSocket *const client = listener.nextPendingConnection()) {
-        ++count.connections;
         auto *const server = new QTcpSocket(client); // goes with the client
         server->connectToHost(QStringLiteral("127.0.0.1"), serverPort);
-        pass(client, server);
-        pass(server, client);
+        const auto bytes = std::make_shared<qint64>(0);
+        pass(client, server, bytes);
+        pass(server, client, bytes);
+        connect(client, &QTcpSocket::disconnected, this, [this, bytes] {
+            ++count.connections;
+            count.bytes += *bytes;
+        });
         connect(client, &QTcpSocket::disconnected, client, &QObject::deleteLater);
     }
 }
 
-void WireMeter::pass(QTcpSocket *from, QTcpSocket *to)
+void WireMeter::pass(QTcpSocket *from, QTcpSocket *to, const std::shared_ptr<qint64> &bytes)
 {
-    connect(from, &QTcpSocket::readyRead, this, [this, from, to] {
-        const QByteArray bytes = from->readAll();
-        count.bytes += bytes.size();
-        to->write(bytes);
+    connect(from, &QTcpSocket::readyRead, this, [from, to, bytes] {
+        const QByteArray chunk = from->readAll();
+        *bytes += chunk.size();
+        to->write(chunk);
     });
     connect(from, &QTcpSocket::disconnected, to, &QTcpSocket::disconnectFromHost);
 }

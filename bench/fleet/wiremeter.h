@@ -4,10 +4,12 @@
 #include <QString>
 #include <QTcpServer>
 
+#include <memory>
+
 class QTcpSocket;
 
-/// Stands before a server on loopback, passes bytes both ways and counts them. On the event loop of the
-/// thread that made it.
+/// Stands before a server on loopback, passes bytes both ways and counts those of connections that ended. On
+/// the event loop of the thread that made it.
 class WireMeter : public QObject
 {
     Q_OBJECT
@@ -22,12 +24,12 @@ public:
 
     /// "127.0.0.1:PORT"
     QString host() const;
-    /// What was counted since the last call.
+    /// The connections that ended since the last call.
     Count take();
 
 private:
     void accept();
-    void pass(QTcpSocket *from, QTcpSocket *to);
+    void pass(QTcpSocket *from, QTcpSocket *to, const std::shared_ptr<qint64> &bytes);
 
     const quint16 serverPort;
     QTcpServer listener;
