@@ -66,7 +66,7 @@ Fleet::Fleet(int count, int pauseMs_)
     }
 }
 
-FleetStep Fleet::boot()
+void Fleet::boot()
 {
     begin(QStringLiteral("boot"));
     for (const auto &device : devices) {
@@ -81,10 +81,10 @@ FleetStep Fleet::boot()
             QStringLiteral("not every device has its list"));
     const double inStep = secondsOfStep();
     QTest::qWait(pauseMs);
-    return end(inStep);
+    end(inStep);
 }
 
-FleetStep Fleet::outage(int seconds, int holdSeconds, int requests)
+void Fleet::outage(int seconds, int holdSeconds, int requests)
 {
     begin(QStringLiteral("outage"));
     server.fail(holdSeconds);
@@ -93,10 +93,10 @@ FleetStep Fleet::outage(int seconds, int holdSeconds, int requests)
     }
     require(secondsOfStep() < seconds, QStringLiteral("to ask takes longer than the outage"));
     QTest::qWait(static_cast<int>((seconds - secondsOfStep()) * msPerSecond));
-    return end(0);
+    end(0);
 }
 
-FleetStep Fleet::recover(int requests)
+void Fleet::recover(int requests)
 {
     begin(QStringLiteral("recovery"));
     server.recover();
@@ -115,22 +115,29 @@ FleetStep Fleet::recover(int requests)
             QStringLiteral("the server holds %1 applications in place of %2")
                 .arg(server.applicationCount())
                 .arg(expected));
-    return end(inStep);
+    end(inStep);
+}
+
+QVector<FleetStep> Fleet::steps()
+{
+    QVector<FleetStep> counted = taken;
+    double endMs = nowMs();
+    for (int i = static_cast<int>(counted.size()) - 1; i >= 0; --i) {
+        countRequests(counted[i], endMs);
+        endMs = counted.at(i).beginMs;
+    }
+    return counted;
 }
 
 Plot Fleet::plot()
 {
     Plot plot;
-    const double beginMs = begins.first().first;
-    const auto secondOf = [beginMs](double ms) {
-        return std::max(0, static_cast<int>((ms - beginMs) / msPerSecond));
-    };
-    for (const auto &begin : std::as_const(begins)) {
-        plot.marks.append({secondOf(begin.first), begin.second});
+    for (const FleetStep &step : std::as_const(taken)) {
+        plot.marks.append({secondOf(step.beginMs), step.name});
     }
     const QVector<FleetRequest> requests = server.requests();
     for (const FleetRequest &request : requests) {
-        plot.count(secondOf(request.endMs), isSuccess(request));
+        plot.count(secondOf(request.startMs), isSuccess(request));
     }
     plot.title = QStringLiteral("Requests a second of %1 devices").arg(devices.size());
     return plot;
@@ -138,27 +145,24 @@ Plot Fleet::plot()
 
 void Fleet::begin(const QString &name)
 {
-    stepName = name;
-    begins.append({nowMs(), name});
-    requestsBefore = static_cast<int>(server.requests().size());
+    FleetStep step;
+    step.name = name;
+    step.beginMs = nowMs();
+    taken.append(step);
     processorBefore = server.processorNs();
     meter.take();
     stepTime.start();
 }
 
-FleetStep Fleet::end(double inStepSeconds)
+void Fleet::end(double inStepSeconds)
 {
-    FleetStep step;
-    step.name = stepName;
+    FleetStep &step = taken.last();
     step.inStepSeconds = inStepSeconds;
     step.seconds = secondsOfStep();
     const double processorMs = static_cast<double>(server.processorNs() - processorBefore) / nsPerMs;
     step.processorMsOfDevice = processorMs / static_cast<double>(devices.size());
-    countRequests(step);
     const WireMeter::Count wire = meter.take();
-    require(wire.connections > 0, QStringLiteral("the metered device asked for nothing"));
-    step.bytesOfRequest = static_cast<double>(wire.bytes) / wire.connections;
-    return step;
+    step.bytesOfRequest = wire.connections > 0 ? static_cast<double>(wire.bytes) / wire.connections : 0;
 }
 
 double Fleet::secondsOfStep() const
@@ -166,19 +170,25 @@ double Fleet::secondsOfStep() const
     return static_cast<double>(stepTime.elapsed()) / msPerSecond;
 }
 
-void Fleet::countRequests(FleetStep &step)
+int Fleet::secondOf(double ms) const
 {
-    const QVector<FleetRequest> requests = server.requests().mid(requestsBefore);
+    return std::max(0, static_cast<int>((ms - taken.first().beginMs) / msPerSecond));
+}
+
+void Fleet::countRequests(FleetStep &step, double endMs)
+{
+    const QVector<FleetRequest> requests = server.requests();
     QSet<qint64> connections;
-    const double fleetBeginMs = begins.first().first;
     Plot seconds;
     for (const FleetRequest &request : requests) {
+        if (request.startMs < step.beginMs || request.startMs >= endMs) {
+            continue;
+        }
+        ++step.requests;
         connections.insert(request.connection);
         step.resumed += request.isResumed ? 1 : 0;
-        seconds.count(std::max(0, static_cast<int>((request.endMs - fleetBeginMs) / msPerSecond)),
-                      isSuccess(request));
+        seconds.count(secondOf(request.startMs), isSuccess(request));
     }
-    step.requests = static_cast<int>(requests.size());
     step.handshakes = static_cast<int>(connections.size());
     step.busiestSecond = seconds.largest();
 }

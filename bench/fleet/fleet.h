@@ -30,9 +30,10 @@ private:
     int registered = 0;
 };
 
-/// What one step of the fleet asked of the server.
+/// What one step of the fleet asked of the server. A request belongs to the step in which it began.
 struct FleetStep {
     QString name;
+    double beginMs = 0; ///< milliseconds since the epoch
     double inStepSeconds =
         0; ///< until the last device had what it asked for; 0 when that is not the step's aim
     double seconds = 0;
@@ -41,10 +42,10 @@ struct FleetStep {
     int resumed = 0; ///< of these, those that went on with an earlier session
     int busiestSecond = 0;
     double processorMsOfDevice = 0; ///< of the server's front
-    double bytesOfRequest = 0;      ///< on the wire, as one device's requests show
+    double bytesOfRequest = 0;      ///< on the wire, of one device's that ended in the step; 0 without any
 };
 
-/// Many devices and one server. Each step returns what it took; functions throw CannotMeasure.
+/// Many devices and one server; functions throw CannotMeasure.
 class Fleet
 {
 public:
@@ -53,27 +54,30 @@ public:
     Fleet(int devices, int pauseMs);
 
     /// All devices see the internet at one moment, and ask for their lists.
-    FleetStep boot();
+    void boot();
     /// The server fails for @p seconds, each time at once or after @p holdSeconds; at the beginning each
     /// device is asked for @p requests registrations.
-    FleetStep outage(int seconds, int holdSeconds, int requests);
+    void outage(int seconds, int holdSeconds, int requests);
     /// The server is back, until all is done.
-    FleetStep recover(int requests);
+    void recover(int requests);
+
+    /// What was asked, after the last step: what the server held back is known only when it is answered.
+    QVector<FleetStep> steps();
     Plot plot();
 
 private:
     void begin(const QString &name);
-    FleetStep end(double inStepSeconds);
+    void end(double inStepSeconds);
     double secondsOfStep() const;
-    void countRequests(FleetStep &step);
+    /// Whole seconds since the first step began.
+    int secondOf(double ms) const;
+    void countRequests(FleetStep &step, double endMs);
 
     const int pauseMs;
     FleetServer server;
     WireMeter meter;
     std::vector<std::unique_ptr<FleetDevice>> devices;
-    QString stepName;
+    QVector<FleetStep> taken;
     QElapsedTimer stepTime;
-    int requestsBefore = 0;
     qint64 processorBefore = 0;
-    QVector<QPair<double, QString>> begins; ///< of each step, in milliseconds since the epoch
 };

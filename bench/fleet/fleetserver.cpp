@@ -10,7 +10,7 @@ constexpr int serviceUnavailable = 503;
 constexpr int msPerSecond = 1000;
 
 const char configuration[] = R"(
-  log_format fleet '$msec $connection $ssl_session_reused $status $request_method';
+  log_format fleet '$msec $request_time $connection $ssl_session_reused $status $request_method';
   access_log access.log fleet;
   server {
     listen 127.0.0.1:%1 ssl http2 backlog=4096;
@@ -27,9 +27,11 @@ const char configuration[] = R"(
 FleetRequest readLine(const QByteArray &line)
 {
     const QList<QByteArray> words = line.split(' ');
-    require(words.size() == 5, QStringLiteral("nginx wrote \"%1\"").arg(QString::fromUtf8(line)));
-    return {words.at(0).toDouble() * 1000, words.at(1).toLongLong(), words.at(2) == "r", words.at(3).toInt(),
-            words.at(4)};
+    require(words.size() == 6, QStringLiteral("nginx wrote \"%1\"").arg(QString::fromUtf8(line)));
+    // nginx writes the line at the request's end.
+    const double startSeconds = words.at(0).toDouble() - words.at(1).toDouble();
+    return {startSeconds * msPerSecond, words.at(2).toLongLong(), words.at(3) == "r", words.at(4).toInt(),
+            words.at(5)};
 }
 } // namespace
 

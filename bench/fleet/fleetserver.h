@@ -8,7 +8,7 @@
 
 /// One request as the front of the server saw it.
 struct FleetRequest {
-    double endMs = 0; ///< milliseconds since the epoch
+    double startMs = 0; ///< milliseconds since the epoch
     qint64 connection = 0;
     bool isResumed = false; ///< the client came with a session of an earlier connection
     int status = 0;
@@ -35,7 +35,7 @@ public:
     /// How many applications the developer server holds.
     int applicationCount() const;
 
-    /// All requests so far.
+    /// All requests answered so far.
     QVector<FleetRequest> requests();
 
 private:

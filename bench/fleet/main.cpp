@@ -50,16 +50,19 @@ Plan planOf(const QCoreApplication &application)
             parser.value(QStringLiteral("hold")).toInt(), parser.value(QStringLiteral("plot"))};
 }
 
+/// "-" for 0, which stands for nothing measured.
+QString shown(const char *text, double value, int decimals)
+{
+    return value > 0 ? QString::fromLatin1(text).arg(value, 0, 'f', decimals) : QStringLiteral("-");
+}
+
 void show(const FleetStep &step)
 {
     std::printf("%-9s  %7.1f s  %9s  %6d requests  %6d handshakes (%d resumed)  %5d in the busiest second  "
-                "%7.2f ms of the server's processor a device  %6.0f bytes a request\n",
-                qPrintable(step.name), step.seconds,
-                step.inStepSeconds > 0
-                    ? qPrintable(QStringLiteral("all %1 s").arg(step.inStepSeconds, 0, 'f', 1))
-                    : "-",
+                "%7.2f ms of the server's processor a device  %6s bytes a request\n",
+                qPrintable(step.name), step.seconds, qPrintable(shown("all %1 s", step.inStepSeconds, 1)),
                 step.requests, step.handshakes, step.resumed, step.busiestSecond, step.processorMsOfDevice,
-                step.bytesOfRequest);
+                qPrintable(shown("%1", step.bytesOfRequest, 0)));
     std::fflush(stdout);
 }
 
@@ -67,9 +70,16 @@ void run(const Plan &plan)
 {
     std::fprintf(stderr, "fleet: starting %d devices\n", plan.devices);
     Fleet fleet(plan.devices, plan.outageSeconds * pauseMsASecond);
-    show(fleet.boot());
-    show(fleet.outage(plan.outageSeconds, plan.holdSeconds, plan.requests));
-    show(fleet.recover(plan.requests));
+    std::fputs("fleet: boot\n", stderr);
+    fleet.boot();
+    std::fputs("fleet: outage\n", stderr);
+    fleet.outage(plan.outageSeconds, plan.holdSeconds, plan.requests);
+    std::fputs("fleet: recovery\n", stderr);
+    fleet.recover(plan.requests);
+    const QVector<FleetStep> steps = fleet.steps();
+    for (const FleetStep &step : steps) {
+        show(step);
+    }
     if (plan.plotPath.isEmpty()) {
         return;
     }
