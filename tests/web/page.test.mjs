@@ -452,6 +452,27 @@ test('exportedChart_isXmlWhateverItSays', async () => {
   await close(page);
 });
 
+test('manyWidgets_areOfferedUpToABound', async () => {
+  const page = await openPage(browser, device.url);
+  const open = async (name, count) => {
+    const list = Array.from({length: count}, (unused, i) =>
+      ({n: i + 1, t: 1, kind: 'note', from: 'server', to: 'server', title: 'a', widget: `w${i}`}));
+    await page.setInputFiles('#file', {name, mimeType: 'text/html',
+      buffer: Buffer.from(`<script type="application/json" id="trace">${JSON.stringify(list)}</script>`)});
+    await page.getByText(`${name}: ${count} events`).waitFor();
+  };
+  const offered = () => page.locator('#widget option').evaluateAll((options) => options.map((option) => option.value));
+
+  await open('many.html', 3000);
+  const many = await offered();
+  await page.selectOption('#widget', 'w7');
+  await open('few.html', 2);
+
+  assert.equal(many.length, 501);
+  assert.deepEqual((await offered()).sort(), ['', 'w0', 'w1', 'w7']);
+  await close(page);
+});
+
 test('fileThatIsNoTrace_isRefusedAndChangesNothing', async () => {
   const page = await openPage(browser, device.url);
   await shown(page, 'identifier=safe');

@@ -140,3 +140,18 @@ test('anyName_isOneWordOfACommand', async () => {
   assert.deepEqual(words, ['""', '"plain"', '"two words"', '"a \\"quoted\\" one"', '"back\\\\slash"',
     '"two\\nlines\\n\\nmore"', '"tab\\there"', '"return here"']);
 });
+
+test('widgetOfWhichNoEventIsLeft_isForgotten', async () => {
+  const {Events} = await script('events.js');
+  const events = new Events();
+  const about = (list, widgetOf) => list.map((event) => ({...event, widget: widgetOf(event.n)}));
+  events.beginRun('a');
+
+  events.add(about(notes(1, 20000), (n) => n === 7 ? 'stays' : `flood-${n}`));
+  events.add(about(notes(20001, 80000), () => 'clock'));
+  assert.equal(events.widgets.size, 20001);
+  events.add(about(notes(100001, 1), () => 'stays'));
+  events.add(notes(100002, 10000));
+
+  assert.deepEqual([...events.widgets.keys()].sort(), ['clock', 'stays']);
+});

@@ -2,6 +2,9 @@
 // person could type at the prompt.
 import {commandWord, element} from '/format.js';
 
+// So many removed widgets are remembered.
+const mostRemoved = 20;
+
 const find = (id) => document.getElementById(id);
 
 // The switches of the device: what they are called, whether they are on, and what they send.
@@ -131,10 +134,12 @@ export class Controls {
     }
   }
 
-  // A widget that was removed stays in the list, so that it can be switched on again.
+  // A widget that was removed stays in the list, so that it can be switched on again. Only a whole list says which it was.
   showWidgets(state) {
-    (this.lastWidgets ?? []).forEach((id) => this.removedWidgets.add(id));
+    const isWhole = state.widgets.length === state.widgetCount;
+    (isWhole ? this.lastWidgets ?? [] : []).forEach((id) => this.removedWidgets.add(id));
     state.widgets.forEach((id) => this.removedWidgets.delete(id));
+    this.removedWidgets = new Set([...this.removedWidgets].slice(-mostRemoved));
     this.lastWidgets = state.widgets;
     const all = [...state.widgets.map((id) => [id, true]), ...[...this.removedWidgets].map((id) => [id, false])];
     fill(find('widgets'), all.map(([id, isOn]) => makeSwitch(id, isOn ? 'installed' : 'removed', isOn, false,

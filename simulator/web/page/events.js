@@ -12,7 +12,7 @@ export class Events {
 
   /** Forgets all; `most` events are kept from now on. */
   clear(run, most = mostEvents) {
-    Object.assign(this, {most, list: [], byId: new Map(), answers: new Map(), widgets: new Set(), run, dropped: 0});
+    Object.assign(this, {most, list: [], byId: new Map(), answers: new Map(), widgets: new Map(), run, dropped: 0});
   }
 
   /** Numbers count anew in every run of the simulator. */
@@ -40,7 +40,7 @@ export class Events {
         this.answers.set(this.idOf(event.re), event);
       }
       if (event.widget) {
-        this.widgets.add(event.widget);
+        this.widgets.set(event.widget, (this.widgets.get(event.widget) ?? 0) + 1);
       }
     }
     const isTooMany = this.list.length > this.most;
@@ -54,8 +54,19 @@ export class Events {
     for (const event of this.list.splice(0, count)) {
       this.byId.delete(`${event.run}-${event.n}`);
       this.answers.delete(`${event.run}-${event.n}`);
+      this.forgetWidget(event.widget);
     }
     this.dropped += count;
+  }
+
+  // A widget is known as long as an event is about it.
+  forgetWidget(widget) {
+    const left = (this.widgets.get(widget) ?? 0) - 1;
+    if (left > 0) {
+      this.widgets.set(widget, left);
+    } else {
+      this.widgets.delete(widget);
+    }
   }
 
   idOf(number) {

@@ -9,6 +9,7 @@ import {exportedSvg} from '/picture.js';
 import {Prompt} from '/prompt.js';
 import {Story, storySteps} from '/story.js';
 
+const mostOffered = 500;
 const at = (id) => document.getElementById(id);
 const events = new Events();
 const chart = new Chart(events, (event) => showDetails(event, events));
@@ -43,14 +44,24 @@ function listenToToolbar() {
   });
 }
 
-// The widgets that can be filtered by are those that something was about.
+// The widgets that can be filtered by are those that something was about, as many as a person can look through. The one
+// that was chosen stays.
 function offerWidgets() {
-  const offered = new Set([...at('widget').options].map((option) => option.value));
-  for (const widget of events.widgets) {
-    if (!offered.has(widget)) {
-      at('widget').append(element('option', {value: widget}, widget));
+  const wanted = new Set(['', chart.filter.widget]);
+  for (const widget of events.widgets.keys()) {
+    if (wanted.size > mostOffered) {
+      break;
+    }
+    wanted.add(widget);
+  }
+  for (const option of [...at('widget').options]) {
+    if (!wanted.delete(option.value)) {
+      option.remove();
     }
   }
+  at('widget').append(...[...wanted].map((widget) => element('option', {value: widget}, widget)));
+  at('widget').title = events.widgets.size > mostOffered
+    ? `${mostOffered} of ${events.widgets.size} widgets; the search finds the others` : '';
 }
 
 function download(name, type, text) {
