@@ -155,3 +155,14 @@ test('widgetOfWhichNoEventIsLeft_isForgotten', async () => {
 
   assert.deepEqual([...events.widgets.keys()].sort(), ['clock', 'stays']);
 });
+
+test('keyInACommand_isHiddenHoweverTheCommandIsWritten', async () => {
+  const {withoutKey} = await script('prompt.js');
+  const secret = ['set-key KEY', '  set-key\tKEY', '"set-key" KEY', 'set\\-key KEY', 'set-key"" KEY', '"set"-"key" KEY',
+    '""set-key "KEY', 'set-key "KEY', '"set-\\key" KEY', 'set-key KEY KEY', 'server-key KEY', '"server-key"\u00a0KEY',
+    '\u0085set-key\u0085KEY'];
+  const open = ['set-key', 'note set-key KEY', '"set-key KEY"', 'set-keyKEY', 'create-widget "a"', '', '"', '\\'];
+
+  assert.deepEqual(secret.map(withoutKey), secret.map((line) => `${line.includes('server') ? 'server' : 'set'}-key ***`));
+  assert.deepEqual(open.map(withoutKey), open);
+});

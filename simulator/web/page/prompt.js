@@ -4,8 +4,18 @@ import {element} from '/format.js';
 const mostLines = 200;
 const mostRemembered = 100;
 
-// The API key is not shown and not remembered.
-const withoutKey = (line) => line.replace(/^(\s*(?:set|server)-key\s+).+$/, '$1***');
+// The first word of a line as the simulator reads it, without its quotation marks and backslashes, and what follows.
+function firstWord(line) {
+  const [all, written] = /^[\s\x85]*((?:\\[^]|"(?:\\[^]|[^"\\])*"?|[^\s\x85"\\])*)/.exec(line);
+  const word = written.replace(/\\([^])|"/g, (whole, escaped) => escaped ?? '');
+  return {word, rest: line.slice(all.length).trim()};
+}
+
+/** The API key is neither shown nor remembered, however the command is written. */
+export function withoutKey(line) {
+  const {word, rest} = firstWord(line);
+  return ['set-key', 'server-key'].includes(word) && rest ? `${word} ***` : line;
+}
 
 /** A line to type in, with a history, and what was answered above it. */
 export class Prompt {
