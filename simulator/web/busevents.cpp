@@ -23,7 +23,9 @@ QString laneOfName(const QString &name)
 // The API key's place is taken by asterisks; an empty key is no secret.
 QJsonArray withoutKey(const QString &member, const QJsonArray &arguments)
 {
-    const bool carriesTheKey = member == QStringLiteral("apiKey") || member == QStringLiteral("apiKeyDidSet");
+    const bool carriesTheKey = member == QStringLiteral("apiKey") ||
+                               member == QStringLiteral("apiKeyDidSet") ||
+                               member == QStringLiteral("setApiKey");
     if (!carriesTheKey || arguments.isEmpty() || arguments == QJsonArray{QString::fromLatin1("")}) {
         return arguments;
     }
@@ -101,12 +103,13 @@ void BusEvents::takeCall(const BusMessage &message)
     if (isOfTheBus || (call.from == Lane::widgets && call.to == Lane::widgets)) {
         return;
     }
+    const QJsonArray arguments = withoutKey(message.member, message.arguments);
     const QString service = monitor.nameOf(message.destination);
-    const QString title = titleOf(message, message.arguments);
+    const QString title = titleOf(message, arguments);
     QJsonObject event =
         eventOf("call", call.from, call.to,
                 call.to == Lane::qwixtd ? title : QStringLiteral("%1 %2").arg(service, title));
-    describe(event, message, message.arguments, service);
+    describe(event, message, arguments, service);
     event.insert(QStringLiteral("widget"), call.widget);
     log.append(event);
     waiting[{message.sender, message.serial}] = call;

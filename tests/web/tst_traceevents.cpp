@@ -343,9 +343,12 @@ void TestTraceEvents::apiKey_isLeftOut()
     simulator->setApiKey(key);
     call(reader.bus, QStringLiteral("vorlet.daemon"), QStringLiteral("/general"),
          QStringLiteral("com.vorlet.daemon.general"), QStringLiteral("apiKey"));
+    call(reader.bus, QStringLiteral("vorlet.daemon"), QStringLiteral("/general"),
+         QStringLiteral("com.vorlet.daemon.general"), QStringLiteral("setApiKey"), {key});
 
     QTRY_VERIFY(!eventOf("answer", QStringLiteral("apiKey -> ") + shown).isEmpty());
     QTRY_VERIFY(!eventOf("signal", QStringLiteral("vorlet.daemon says apiKeyDidSet") + shown).isEmpty());
+    QTRY_VERIFY(!eventOf("call", QStringLiteral("vorlet.daemon setApiKey") + shown).isEmpty());
     QVERIFY(key.isEmpty() || !whole().contains(key.toUtf8()));
 }
 
