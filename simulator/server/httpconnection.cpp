@@ -8,6 +8,8 @@ namespace
 {
 // An endless answer grows by this much at a time.
 constexpr int repeatedSize = 64 * 1024;
+// What comes while a request is being answered waits in the socket, and beyond this with the client.
+constexpr int mostUnread = 64 * 1024;
 } // namespace
 
 HttpConnection::HttpConnection(QTcpSocket *socket_, int largestBody, QObject *parent)
@@ -16,6 +18,7 @@ HttpConnection::HttpConnection(QTcpSocket *socket_, int largestBody, QObject *pa
     , reader(largestBody)
 {
     socket->setParent(this);
+    socket->setReadBufferSize(mostUnread);
     connect(socket, &QTcpSocket::readyRead, this, &HttpConnection::readWhatIsThere);
     connect(socket, &QTcpSocket::disconnected, this, &HttpConnection::closed);
     auto *const tls = qobject_cast<QSslSocket *>(socket);
@@ -68,15 +71,14 @@ void HttpConnection::checkHandshake()
 
 void HttpConnection::readWhatIsThere()
 {
-    reader.add(socket->readAll());
-    takeRequest();
+    if (!isAwaitingAnswer && !isSending) {
+        reader.add(socket->readAll());
+        takeRequest();
+    }
 }
 
 void HttpConnection::takeRequest()
 {
-    if (isAwaitingAnswer || isSending) {
-        return;
-    }
     if (const std::optional<HttpRequest> request = reader.take()) {
         isAwaitingAnswer = true;
         HttpRequest whole = *request;
@@ -118,7 +120,7 @@ void HttpConnection::endAs(HttpAnswer::Ending how)
 {
     switch (how) {
     case HttpAnswer::Ending::KeepOpen:
-        takeRequest();
+        readWhatIsThere();
         break;
     case HttpAnswer::Ending::Close:
         socket->disconnectFromHost();

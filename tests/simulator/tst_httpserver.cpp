@@ -62,6 +62,8 @@ private Q_SLOTS:
     void delay_isThatOfTheRequestItWasFor();
     void clientThatGoes_isNotInFlightAnyMore();
     void requestsAtOnce_areAnsweredInOrder();
+    void requestsTooManyAtOnce_waitWithTheClient_data() { withAndWithoutTls(); }
+    void requestsTooManyAtOnce_waitWithTheClient();
     void whatIsNoRequest_is400AndNotOnRecord();
     void failedHandshake_isReported();
     void keyOfAnotherCertificate_showsAtTheFirstClient();
@@ -418,6 +420,40 @@ void TestHttpServer::requestsAtOnce_areAnsweredInOrder()
     QTRY_COMPARE(socket.bytesAvailable(), qint64(expected.size()));
     QCOMPARE(socket.readAll(), expected);
     QCOMPARE(server->maximumConcurrent(), 1);
+}
+
+void TestHttpServer::requestsTooManyAtOnce_waitWithTheClient()
+{
+    constexpr int flood = 32 * 1024 * 1024;
+    constexpr int longEnoughMs = 1500;
+    QFETCH(const bool, withTls);
+    QVERIFY(start(withTls));
+    HttpAnswer late = answerOf("late");
+    late.delayMs = 60000;
+    server->queueAnswer(late);
+    QSslSocket socket;
+    socket.setPeerVerifyMode(QSslSocket::VerifyNone);
+    if (withTls) {
+        socket.connectToHostEncrypted(QStringLiteral("127.0.0.1"), server->port());
+        QTRY_VERIFY(socket.isEncrypted());
+    } else {
+        socket.connectToHost(QStringLiteral("127.0.0.1"), server->port());
+    }
+    socket.write("GET /1 HTTP/1.1\r\n\r\n");
+    QTRY_COMPARE(server->requestCount(), 1);
+
+    socket.write("PUT /2 HTTP/1.1\r\nContent-Length: " + QByteArray::number(flood) + "\r\n\r\n" +
+                 QByteArray(flood, 'x'));
+    // More than the buffers of the system hold.
+    const auto isMostGone = [&] {
+        return socket.bytesToWrite() + socket.encryptedBytesToWrite() < flood / 2;
+    };
+    const bool isTaken = QTest::qWaitFor(isMostGone, longEnoughMs);
+    server->releaseHeldAnswers();
+
+    QVERIFY2(!isTaken, "what nobody asks for yet fills the server's memory");
+    QTRY_COMPARE_WITH_TIMEOUT(server->requestCount(), 2, 30000);
+    QCOMPARE(server->requests().at(1).body.size(), flood);
 }
 
 void TestHttpServer::whatIsNoRequest_is400AndNotOnRecord()
