@@ -3,12 +3,17 @@
 #include "lane.h"
 #include "tracetext.h"
 
+#include <QJsonDocument>
+
+#include <algorithm>
+
 namespace
 {
 const auto daemonName = QStringLiteral("com.qwixtd");
 const auto daemonInterface = QStringLiteral("com.vorlet.qwixtd");
 const auto standardInterfaces = QStringLiteral("org.freedesktop.DBus");
 constexpr std::size_t mostWaiting = 10000;
+constexpr int largestShown = 64 * 1024;
 
 QString laneOfName(const QString &name)
 {
@@ -32,8 +37,46 @@ QJsonArray withoutKey(const QString &member, const QJsonArray &arguments)
     return {QStringLiteral("***")};
 }
 
+int sizeOf(const QJsonValue &value)
+{
+    constexpr int brackets = 2;
+    const QByteArray list = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
+    return static_cast<int>(list.size()) - brackets;
+}
+
+QString cut(const QString &text, int room = largestShown)
+{
+    return text.size() <= room ? text
+                               : text.left(room) + QStringLiteral("... (%1 characters)").arg(text.size());
+}
+
+// What does not fit is cut if it is a string, and otherwise left out, with a remark in its place.
+QJsonArray bounded(const QJsonArray &arguments)
+{
+    int room = largestShown;
+    QJsonArray shown;
+    for (const QJsonValue argument : arguments) {
+        const int size = sizeOf(argument);
+        if (size <= room) {
+            shown.append(argument);
+        } else if (argument.isString()) {
+            shown.append(cut(argument.toString(), room));
+        } else {
+            shown.append(QStringLiteral("... (%1 bytes)").arg(size));
+        }
+        room = std::max(room - size, 0);
+    }
+    return shown;
+}
+
+// What is kept of the arguments of a message.
+QJsonArray shownOf(const QString &member, const QJsonArray &arguments)
+{
+    return bounded(withoutKey(member, arguments));
+}
+
 // The widget that a message is about; empty when it is about none.
-QString widgetOf(const BusMessage &message)
+QString widgetOf(const BusMessage &message, const QJsonArray &arguments)
 {
     static const QMap<QString, int> places{{QStringLiteral("registerQwixtApplication"), 0},
                                            {QStringLiteral("updateQwixtApplication"), 1},
@@ -42,12 +85,12 @@ QString widgetOf(const BusMessage &message)
                                            {QStringLiteral("applicationDeleted"), 0},
                                            {QStringLiteral("newWidgetCreated"), 1},
                                            {QStringLiteral("widgetDeleted"), 1}};
-    return message.arguments.at(places.value(message.member, -1)).toString();
+    return arguments.at(places.value(message.member, -1)).toString();
 }
 
 QString titleOf(const BusMessage &message, const QJsonArray &arguments)
 {
-    return message.member + TraceText::arguments(arguments.toVariantList());
+    return message.member + cut(TraceText::arguments(arguments.toVariantList()));
 }
 
 QJsonObject eventOf(const char *kind, const QString &from, const QString &to, const QString &title)
@@ -62,7 +105,7 @@ void describe(QJsonObject &event, const BusMessage &message, const QJsonArray &a
               const QString &service)
 {
     event.insert(QStringLiteral("service"), service);
-    event.insert(QStringLiteral("path"), message.path);
+    event.insert(QStringLiteral("path"), cut(message.path));
     event.insert(QStringLiteral("interface"), message.interface);
     event.insert(QStringLiteral("member"), message.member);
     event.insert(QStringLiteral("args"), arguments);
@@ -96,14 +139,14 @@ void BusEvents::take(const BusMessage &message)
 
 void BusEvents::takeCall(const BusMessage &message)
 {
+    const QJsonArray arguments = shownOf(message.member, message.arguments);
     const Call call{log.last() + 1,         EventLog::nowMs(),           message.member,
-                    laneOf(message.sender), laneOf(message.destination), widgetOf(message)};
+                    laneOf(message.sender), laneOf(message.destination), widgetOf(message, arguments)};
     const bool isOfTheBus = message.destination == standardInterfaces ||
                             message.interface.startsWith(standardInterfaces + QLatin1Char('.'));
     if (isOfTheBus || (call.from == Lane::widgets && call.to == Lane::widgets)) {
         return;
     }
-    const QJsonArray arguments = withoutKey(message.member, message.arguments);
     const QString service = monitor.nameOf(message.destination);
     const QString title = titleOf(message, arguments);
     QJsonObject event =
@@ -127,11 +170,11 @@ void BusEvents::takeAnswer(const BusMessage &message)
     const Call call = found->second;
     waiting.erase(found);
     const bool isError = message.type == BusMessage::Type::Error;
-    const QJsonArray arguments = withoutKey(call.member, message.arguments);
+    const QJsonArray arguments = shownOf(call.member, message.arguments);
     const QString title =
         isError ? QStringLiteral("error %1: %2")
                       .arg(message.errorName, TraceText::printable(arguments.at(0).toString()))
-                : call.member + QStringLiteral(" -> ") + TraceText::arguments(arguments.toVariantList());
+                : call.member + QStringLiteral(" -> ") + cut(TraceText::arguments(arguments.toVariantList()));
     QJsonObject event = eventOf("answer", call.to, call.from, title);
     event.insert(QStringLiteral("re"), call.number);
     event.insert(QStringLiteral("ms"), EventLog::nowMs() - call.time);
@@ -149,14 +192,14 @@ void BusEvents::takeSignal(const BusMessage &message)
     if (from == Lane::widgets && message.interface != daemonInterface) {
         return;
     }
-    const QJsonArray arguments = withoutKey(message.member, message.arguments);
+    const QJsonArray arguments = shownOf(message.member, message.arguments);
     const QString service = monitor.nameOf(message.sender);
     const QString title = titleOf(message, arguments);
     QJsonObject event =
         eventOf("signal", from, from == Lane::qwixtd ? Lane::widgets : Lane::qwixtd,
                 from == Lane::device ? QStringLiteral("%1 says %2").arg(service, title) : title);
     describe(event, message, arguments, service);
-    event.insert(QStringLiteral("widget"), widgetOf(message));
+    event.insert(QStringLiteral("widget"), widgetOf(message, arguments));
     log.append(event);
 }
 

@@ -22,6 +22,8 @@ namespace
 const auto daemonName = QStringLiteral("com.qwixtd");
 const auto daemonInterface = QStringLiteral("com.vorlet.qwixtd");
 const QByteArray path = "/api/v1/qwixt/apps";
+constexpr int mostWaiting = 10000;
+constexpr int largestShown = 64 * 1024;
 
 /// Stands in for the daemon: answers every call with nothing, and those of one member with an error.
 class Answerer : public QDBusVirtualObject
@@ -93,6 +95,8 @@ private Q_SLOTS:
     void apiKey_isLeftOut();
     void argument_isShownAsItIs_data();
     void argument_isShownAsItIs();
+    void longArgument_isCut_data();
+    void longArgument_isCut();
     void authorization_isLeftOutOfTheBytes_data();
     void authorization_isLeftOutOfTheBytes();
     void longRequest_isCut();
@@ -384,6 +388,41 @@ void TestTraceEvents::argument_isShownAsItIs()
     QTRY_VERIFY(!events.isEmpty());
     QCOMPARE(QJsonDocument(events[0].value(QStringLiteral("args")).toArray()).toJson(QJsonDocument::Compact),
              json);
+}
+
+void TestTraceEvents::longArgument_isCut_data()
+{
+    QTest::addColumn<QVariantList>("arguments");
+    QTest::addColumn<QString>("remark");
+    const QString whole(largestShown, QLatin1Char('x'));
+    const QString half = whole.left(largestShown / 2);
+    QStringList list;
+    for (int i = 0; i < largestShown; ++i) {
+        list.append(QStringLiteral("ab"));
+    }
+    QTest::newRow("string") << QVariantList{whole + whole} << QStringLiteral("x... (131072 characters)");
+    QTest::newRow("second string") << QVariantList{half, whole} << QStringLiteral("x... (65536 characters)");
+    QTest::newRow("string behind one that fills it")
+        << QVariantList{whole, half} << QStringLiteral("... (32768 characters)");
+    QTest::newRow("list") << QVariantList{list} << QStringLiteral("... (327681 bytes)");
+}
+
+void TestTraceEvents::longArgument_isCut()
+{
+    QFETCH(const QVariantList, arguments);
+    QFETCH(const QString, remark);
+    Peer widget(bus.address(), QStringLiteral("widget"));
+
+    call(widget.bus, daemonName, QStringLiteral("/"), daemonInterface,
+         QStringLiteral("registerQwixtApplication"), arguments);
+
+    QTRY_VERIFY(!events.isEmpty());
+    const QJsonArray shown = events[0].value(QStringLiteral("args")).toArray();
+    QCOMPARE(shown.size(), arguments.size());
+    QVERIFY2(shown.last().toString().endsWith(remark), qPrintable(shown.last().toString().right(100)));
+    constexpr int room = largestShown + 1024;
+    QVERIFY(QJsonDocument(shown).toJson(QJsonDocument::Compact).size() < room);
+    QVERIFY(textOf(events[0], "title").size() < room && textOf(events[0], "widget").size() < room);
 }
 
 void TestTraceEvents::authorization_isLeftOutOfTheBytes_data()
