@@ -22,6 +22,8 @@ int complain(const QString &what)
 
 void setUp(DeviceSimulator &simulator, const Options &options)
 {
+    // It may run for days, and what passes is shown at once.
+    simulator.server().setMostOnRecord(0);
     simulator.setApiKeyQuietly(options.apiKey);
     simulator.daemon().setRemoteId(options.remoteId);
     simulator.daemon().setSerial(options.serial);

@@ -35,6 +35,7 @@ public:
     bool listen(quint16 port);
     void adopt(QTcpSocket *socket);
     void take(HttpConnection *connection, HttpRequest request);
+    void record(const HttpRequest &request);
     HttpAnswer answerFor(const HttpRequest &request);
     void hold(const Waiting &waiting);
     void send(qint64 number);
@@ -54,6 +55,7 @@ public:
     qint64 requestsReceived = 0;
     int mostInFlight = 0;
     int mostConnections = std::numeric_limits<int>::max();
+    int mostOnRecord = std::numeric_limits<int>::max();
     int largestBody = std::numeric_limits<int>::max();
 };
 
@@ -90,7 +92,7 @@ void HttpServer::Private::take(HttpConnection *connection, HttpRequest request)
     request.number = ++requestsReceived;
     request.receivedAtMs = nowMs();
     request.othersInFlight = static_cast<int>(inFlight.size());
-    log.append(request);
+    record(request);
     Q_EMIT q.received(request);
     const Waiting waiting{connection, request, answerFor(request)};
     inFlight.insert({request.number, waiting});
@@ -99,6 +101,14 @@ void HttpServer::Private::take(HttpConnection *connection, HttpRequest request)
         hold(waiting);
     } else {
         send(request.number);
+    }
+}
+
+void HttpServer::Private::record(const HttpRequest &request)
+{
+    log.append(request);
+    while (log.size() > mostOnRecord) {
+        log.removeFirst();
     }
 }
 
@@ -144,7 +154,7 @@ void HttpServer::Private::conclude(HttpRequest request, const HttpAnswer &answer
     request.answerBody = answer.body;
     request.answerBytes = answer.text().left(largestAnswerKept);
     request.answeredAtMs = nowMs();
-    // Mostly the last one; none when the list was cleared meanwhile.
+    // Mostly the last one; none when it has left the record meanwhile.
     const auto logged = std::find_if(log.rbegin(), log.rend(), [&request](const HttpRequest &candidate) {
         return candidate.number == request.number;
     });
@@ -264,6 +274,11 @@ void HttpServer::setMostConnections(int count)
 void HttpServer::setLargestBody(int size)
 {
     d->largestBody = size;
+}
+
+void HttpServer::setMostOnRecord(int count)
+{
+    d->mostOnRecord = count;
 }
 
 QList<HttpRequest> HttpServer::requests() const

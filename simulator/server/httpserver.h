@@ -51,7 +51,11 @@ public:
     /// From now on a request with a longer body is refused with 400, for clients that come afterwards.
     void setLargestBody(int size);
 
-    /// Every request so far, in the order of arrival, those without an answer included.
+    /// From now on only the newest @p count requests are on record: for a server that runs without end.
+    void setMostOnRecord(int count);
+
+    /// The requests on record, in the order of arrival, those without an answer included: all so far, unless
+    /// setMostOnRecord() says otherwise.
     QList<HttpRequest> requests() const;
     int requestCount() const;
     void clearRequests();

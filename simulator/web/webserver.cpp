@@ -63,6 +63,8 @@ WebServer::WebServer(DeviceSimulator &simulator_, CommandInterpreter &interprete
 {
     setMostConnections(mostConnections);
     setLargestBody(largestCommand);
+    // Nobody asks this server what it was asked.
+    setMostOnRecord(0);
     pause.setSingleShot(true);
     pause.setInterval(gatheringMs);
     connect(&pause, &QTimer::timeout, this, &HttpServer::wakeStreams);
@@ -91,8 +93,6 @@ const EventLog &WebServer::events() const
 
 HttpAnswer WebServer::ordinaryAnswer(const HttpRequest &request)
 {
-    // Nobody asks this server what it was asked.
-    clearRequests();
     const QString problem = RequestGuard::refusal(request, port());
     if (!problem.isEmpty()) {
         return refusal(403, problem);

@@ -64,6 +64,8 @@ private Q_SLOTS:
     void requestsAtOnce_areAnsweredInOrder();
     void requestsTooManyAtOnce_waitWithTheClient_data() { withAndWithoutTls(); }
     void requestsTooManyAtOnce_waitWithTheClient();
+    void record_holdsTheNewestRequests_data();
+    void record_holdsTheNewestRequests();
     void whatIsNoRequest_is400AndNotOnRecord();
     void failedHandshake_isReported();
     void keyOfAnotherCertificate_showsAtTheFirstClient();
@@ -454,6 +456,36 @@ void TestHttpServer::requestsTooManyAtOnce_waitWithTheClient()
     QVERIFY2(!isTaken, "what nobody asks for yet fills the server's memory");
     QTRY_COMPARE_WITH_TIMEOUT(server->requestCount(), 2, 30000);
     QCOMPARE(server->requests().at(1).body.size(), flood);
+}
+
+void TestHttpServer::record_holdsTheNewestRequests_data()
+{
+    QTest::addColumn<int>("most");
+    QTest::addColumn<QList<QByteArray>>("held");
+    QTest::newRow("none") << 0 << QList<QByteArray>();
+    QTest::newRow("some") << 2 << QList<QByteArray>{"b", "c"};
+    QTest::newRow("all") << 3 << QList<QByteArray>{"a", "b", "c"};
+}
+
+void TestHttpServer::record_holdsTheNewestRequests()
+{
+    QFETCH(const int, most);
+    QFETCH(const QList<QByteArray>, held);
+    QVERIFY(start(false));
+    server->setMostOnRecord(most);
+    server->setScript([](const HttpRequest &) { return answerOf("{}"); });
+
+    for (const char *const body : {"a", "b", "c"}) {
+        QCOMPARE(send("PUT", body).body, QByteArray("{}"));
+    }
+
+    QList<QByteArray> bodies;
+    const QList<HttpRequest> requests = server->requests();
+    for (const HttpRequest &request : requests) {
+        QCOMPARE(request.status, 200);
+        bodies.append(request.body);
+    }
+    QCOMPARE(bodies, held);
 }
 
 void TestHttpServer::whatIsNoRequest_is400AndNotOnRecord()
