@@ -155,9 +155,19 @@ void BusEvents::takeCall(const BusMessage &message)
     describe(event, message, arguments, service);
     event.insert(QStringLiteral("widget"), call.widget);
     log.append(event);
+    if (message.isAnswerWanted) {
+        awaitAnswer(message, call);
+    }
+}
+
+void BusEvents::awaitAnswer(const BusMessage &message, const Call &call)
+{
     waiting[{message.sender, message.serial}] = call;
     if (waiting.size() > mostWaiting) {
-        waiting.erase(waiting.begin());
+        waiting.erase(
+            std::min_element(waiting.begin(), waiting.end(), [](const auto &one, const auto &other) {
+                return one.second.number < other.second.number;
+            }));
     }
 }
 

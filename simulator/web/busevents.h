@@ -28,6 +28,7 @@ private:
 
     void take(const BusMessage &message);
     void takeCall(const BusMessage &message);
+    void awaitAnswer(const BusMessage &message, const Call &call);
     void takeAnswer(const BusMessage &message);
     void takeSignal(const BusMessage &message);
     void takeOwner(const QString &name, bool isOwned);

@@ -154,6 +154,7 @@ BusMessage BusMessage::read(DBusMessage *message)
     result.errorName = text(dbus_message_get_error_name(message));
     result.serial = dbus_message_get_serial(message);
     result.replySerial = dbus_message_get_reply_serial(message);
+    result.isAnswerWanted = dbus_message_get_no_reply(message) == 0;
     DBusMessageIter iterator;
     if (dbus_message_iter_init(message, &iterator) != 0) {
         for (; dbus_message_iter_get_arg_type(&iterator) != DBUS_TYPE_INVALID;

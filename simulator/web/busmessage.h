@@ -21,6 +21,8 @@ struct BusMessage {
     /// The sender's number of this message, and for an answer that of the call.
     quint32 serial = 0;
     quint32 replySerial = 0;
+    /// Of a call: whether the sender waits for an answer.
+    bool isAnswerWanted = true;
     /// Structures and arrays are arrays, maps are objects, bytes are a string of their hexadecimal digits.
     QJsonArray arguments;
 

@@ -63,6 +63,28 @@ QString textOf(const QJsonObject &event, const char *key)
     return event.value(QLatin1String(key)).toString();
 }
 
+BusMessage callMessage(const QString &sender, quint32 serial)
+{
+    BusMessage message;
+    message.type = BusMessage::Type::Call;
+    message.sender = sender;
+    message.destination = daemonName;
+    message.interface = daemonInterface;
+    message.member = QStringLiteral("anything");
+    message.serial = serial;
+    return message;
+}
+
+BusMessage answerMessage(const QString &caller, quint32 serial)
+{
+    BusMessage message;
+    message.type = BusMessage::Type::Answer;
+    message.sender = daemonName;
+    message.destination = caller;
+    message.replySerial = serial;
+    return message;
+}
+
 HttpRequest requestOf(const QByteArray &head, const QByteArray &body = {}, const QByteArray &behind = {})
 {
     HttpRequest request;
@@ -88,6 +110,9 @@ private Q_SLOTS:
     void callOfAnyProgram_isSeenWithItsAnswer_data();
     void callOfAnyProgram_isSeenWithItsAnswer();
     void callWithoutDaemon_isAnsweredByTheBus();
+    void unansweredCalls_pushTheOldestOut();
+    void callWithoutAnswer_waitsForNone();
+    void callOfTheBus_isReadWithItsWishForAnAnswer();
     void whatIsNoneOfTheDevices_isLeftOut();
     void signal_goesFromItsSenderToItsHearers();
     void name_comesAndGoes();
@@ -261,6 +286,56 @@ void TestTraceEvents::callWithoutDaemon_isAnsweredByTheBus()
     QCOMPARE(textOf(events[1], "from"), Lane::qwixtd);
     QVERIFY(events[1].value(QStringLiteral("failed")).toBool());
     QVERIFY(textOf(events[1], "title").startsWith(QStringLiteral("error org.freedesktop.DBus.Error.")));
+}
+
+void TestTraceEvents::unansweredCalls_pushTheOldestOut()
+{
+    Q_EMIT monitor->passed(callMessage(QStringLiteral(":1.9"), 1));
+    for (quint32 serial = 2; serial <= mostWaiting + 1; ++serial) {
+        Q_EMIT monitor->passed(callMessage(QStringLiteral(":1.1"), serial));
+    }
+
+    Q_EMIT monitor->passed(answerMessage(QStringLiteral(":1.9"), 1));
+    Q_EMIT monitor->passed(answerMessage(QStringLiteral(":1.1"), 2));
+
+    QCOMPARE(events.size(), mostWaiting + 2);
+    QCOMPARE(textOf(events.last(), "kind"), QStringLiteral("answer"));
+    QCOMPARE(events.last().value(QStringLiteral("re")).toInt(), 2);
+}
+
+void TestTraceEvents::callWithoutAnswer_waitsForNone()
+{
+    BusMessage lonely = callMessage(QStringLiteral(":1.9"), 2);
+    lonely.isAnswerWanted = false;
+    Q_EMIT monitor->passed(callMessage(QStringLiteral(":1.1"), 1));
+    for (int i = 0; i < mostWaiting; ++i) {
+        ++lonely.serial;
+        Q_EMIT monitor->passed(lonely);
+    }
+
+    Q_EMIT monitor->passed(answerMessage(QStringLiteral(":1.1"), 1));
+
+    QCOMPARE(events.size(), mostWaiting + 2);
+    QCOMPARE(events.last().value(QStringLiteral("re")).toInt(), 1);
+}
+
+void TestTraceEvents::callOfTheBus_isReadWithItsWishForAnAnswer()
+{
+    Peer widget(bus.address(), QStringLiteral("widget"));
+    const QString member = QStringLiteral("anything");
+    QList<bool> wishes;
+    connect(monitor.get(), &BusMonitor::passed, this, [&](const BusMessage &message) {
+        if (message.type == BusMessage::Type::Call && message.member == member) {
+            wishes.append(message.isAnswerWanted);
+        }
+    });
+
+    widget.bus.send(QDBusMessage::createMethodCall(daemonName, QStringLiteral("/"), daemonInterface, member));
+    call(widget.bus, daemonName, QStringLiteral("/"), daemonInterface, member);
+
+    QTRY_COMPARE(wishes.size(), 2);
+    QCOMPARE(wishes, (QList<bool>{false, true}));
+    monitor->disconnect(this);
 }
 
 void TestTraceEvents::whatIsNoneOfTheDevices_isLeftOut()
