@@ -1,5 +1,6 @@
 #include "requestreader.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace
@@ -44,16 +45,36 @@ bool readHead(const QByteArray &head, HttpRequest &request)
     return true;
 }
 
+// Digits only, where the conversion of a number would take a sign too; below 0 when it is anything else.
+int sizeOf(const QByteArray &digits)
+{
+    const bool hasDigitsOnly = std::all_of(
+        digits.begin(), digits.end(), [](char character) { return character >= '0' && character <= '9'; });
+    bool isNumber = false;
+    const int size = digits.toInt(&isNumber);
+    return hasDigitsOnly && isNumber ? size : -1;
+}
+
+QList<QByteArray> valuesOf(const HttpRequest &request, const QByteArray &name)
+{
+    QList<QByteArray> values;
+    for (const QPair<QByteArray, QByteArray> &header : request.headers) {
+        if (header.first.compare(name, Qt::CaseInsensitive) == 0) {
+            values.append(header.second);
+        }
+    }
+    return values;
+}
+
 // The size of the body; below 0 when it cannot be known.
 int bodySize(const HttpRequest &request)
 {
-    const QByteArray length = request.header("Content-Length");
-    if (!request.header("Transfer-Encoding").isEmpty()) {
+    const QList<QByteArray> lengths = valuesOf(request, "Content-Length");
+    // Where a length is said twice, two readers could part the requests at different places.
+    if (!request.header("Transfer-Encoding").isEmpty() || lengths.size() > 1) {
         return -1;
     }
-    bool isNumber = true;
-    const int size = length.isEmpty() ? 0 : length.toInt(&isNumber);
-    return isNumber ? size : -1;
+    return lengths.isEmpty() ? 0 : sizeOf(lengths.first());
 }
 } // namespace
 

@@ -123,6 +123,17 @@ void TestRequestReader::whatIsNoRequest_isMalformed_data()
     QTest::newRow("space in a header's name") << QByteArray("GET / HTTP/1.1\r\nHost : h\r\n\r\n");
     QTest::newRow("length in words") << QByteArray("GET / HTTP/1.1\r\nContent-Length: few\r\n\r\n");
     QTest::newRow("length below 0") << QByteArray("GET / HTTP/1.1\r\nContent-Length: -1\r\n\r\n");
+    const QByteArray post = "POST / HTTP/1.1\r\n";
+    QTest::newRow("length with a sign") << post + "Content-Length: +5\r\n\r\nabcde";
+    QTest::newRow("length behind a sign and a space") << post + "Content-Length: + 5\r\n\r\nabcde";
+    QTest::newRow("length without a value") << post + "Content-Length:\r\n\r\n";
+    QTest::newRow("length in hexadecimal digits") << post + "Content-Length: 0x5\r\n\r\nabcde";
+    QTest::newRow("list of lengths") << post + "Content-Length: 5, 5\r\n\r\nabcde";
+    QTest::newRow("length above all numbers") << post + "Content-Length: 99999999999999999999\r\n\r\nabcde";
+    QTest::newRow("two lengths") << post + "Content-Length: 5\r\nContent-Length: 0\r\n\r\nabcde";
+    QTest::newRow("the same length twice") << post + "Content-Length: 5\r\ncontent-length: 5\r\n\r\nabcde";
+    QTest::newRow("second length without a value")
+        << post + "Content-Length: 5\r\nContent-Length:\r\n\r\nabcde";
     QTest::newRow("in chunks") << QByteArray("PUT / HTTP/1.1\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n");
     QTest::newRow("head without end") << QByteArray(300 * 1024, 'x');
     QTest::newRow("large head that has come at once")
