@@ -1,10 +1,21 @@
 #include "requestguard.h"
 
+namespace
+{
+constexpr quint16 portOfHttp = 80;
+} // namespace
+
 QString RequestGuard::refusal(const HttpRequest &request, quint16 port)
 {
     const QByteArray suffix = ':' + QByteArray::number(port);
     const QByteArray host = request.header("Host");
-    if (host != "127.0.0.1" + suffix && host != "localhost" + suffix) {
+    QList<QByteArray> names{"127.0.0.1" + suffix, "localhost" + suffix};
+    if (port == portOfHttp) {
+        // A browser leaves it out.
+        names << "127.0.0.1"
+              << "localhost";
+    }
+    if (!names.contains(host)) {
         return QStringLiteral("this server is called 127.0.0.1%1").arg(QString::fromLatin1(suffix));
     }
     const QByteArray origin = request.header("Origin");

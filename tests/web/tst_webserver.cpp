@@ -1,6 +1,7 @@
 #include "certificates.h"
 #include "eventstream.h"
 #include "privatebus.h"
+#include "requestguard.h"
 #include "tracefile.h"
 #include "webserver.h"
 
@@ -66,6 +67,8 @@ private Q_SLOTS:
 
     void command_isObeyedOnlyWhenItComesFromThePage_data();
     void command_isObeyedOnlyWhenItComesFromThePage();
+    void portOfHttp_isLeftOutByABrowser_data();
+    void portOfHttp_isLeftOutByABrowser();
     void pageAndStream_areRefusedToOthersToo_data();
     void pageAndStream_areRefusedToOthersToo();
     void file_isGivenWithItsTypeAndProtection_data();
@@ -195,6 +198,37 @@ void TestWebServer::command_isObeyedOnlyWhenItComesFromThePage()
 
     QCOMPARE(statusOf(answer), isObeyed ? 200 : 403);
     QCOMPARE(noted.count(), isObeyed ? 1 : 0);
+}
+
+void TestWebServer::portOfHttp_isLeftOutByABrowser_data()
+{
+    QTest::addColumn<QByteArray>("host");
+    QTest::addColumn<QByteArray>("origin");
+    QTest::addColumn<bool>("isServed");
+    const QByteArray noOrigin;
+    QTest::newRow("without the port") << QByteArray("127.0.0.1") << noOrigin << true;
+    QTest::newRow("with the port") << QByteArray("127.0.0.1:80") << noOrigin << true;
+    QTest::newRow("other name") << QByteArray("localhost") << noOrigin << true;
+    QTest::newRow("page") << QByteArray("localhost") << QByteArray("http://localhost") << true;
+    QTest::newRow("other host") << QByteArray("attacker.example") << noOrigin << false;
+    QTest::newRow("other port") << QByteArray("127.0.0.1:8080") << noOrigin << false;
+    QTest::newRow("page of another port")
+        << QByteArray("localhost") << QByteArray("http://localhost:8080") << false;
+    QTest::newRow("page of another host")
+        << QByteArray("localhost") << QByteArray("http://attacker.example") << false;
+}
+
+void TestWebServer::portOfHttp_isLeftOutByABrowser()
+{
+    QFETCH(const QByteArray, host);
+    QFETCH(const QByteArray, origin);
+    QFETCH(const bool, isServed);
+    HttpRequest request;
+    request.headers = {{"Host", host}, {"Origin", origin}};
+
+    const QString refusal = RequestGuard::refusal(request, 80);
+
+    QCOMPARE(refusal.isEmpty(), isServed);
 }
 
 void TestWebServer::pageAndStream_areRefusedToOthersToo_data()
