@@ -5,6 +5,8 @@
 
 #include <QJsonDocument>
 
+#include <algorithm>
+
 namespace
 {
 constexpr int largestShown = 64 * 1024;
@@ -118,8 +120,18 @@ void HttpEvents::takeAnswer(const HttpRequest &request)
                             {QStringLiteral("bytes"), QString::fromLatin1(request.answerBytes)}};
     const qint64 number = log.append(event);
     failures.remove(whatIsAsked(request));
-    if (!failure.isEmpty() && failures.size() < mostFailures) {
+    if (!failure.isEmpty()) {
         failures[whatIsAsked(request)] = {number, EventLog::nowMs()};
+        forgetTheOldestFailure();
+    }
+}
+
+void HttpEvents::forgetTheOldestFailure()
+{
+    if (failures.size() > mostFailures) {
+        failures.erase(std::min_element(
+            failures.cbegin(), failures.cend(),
+            [](const Failure &one, const Failure &other) { return one.number < other.number; }));
     }
 }
 

@@ -32,6 +32,7 @@ private:
 
     void takeRequest(const HttpRequest &request);
     void takeAnswer(const HttpRequest &request);
+    void forgetTheOldestFailure();
     void note(const QString &text, bool isFailure);
     QString widgetOf(const HttpRequest &request) const;
 

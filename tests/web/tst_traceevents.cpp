@@ -130,6 +130,7 @@ private Q_SLOTS:
     void answerThatFails_isMarked_data();
     void answerThatFails_isMarked();
     void requestThatFailed_isARetryTheNextTime();
+    void requestsThatFailed_pushTheOldestOut();
     void widgetOfARequest_isFoundByItsApplication();
 
 private:
@@ -632,6 +633,28 @@ void TestTraceEvents::requestThatFailed_isARetryTheNextTime()
     QCOMPARE(events[4].value(retryOf), events[1].value(QStringLiteral("n")));
     QVERIFY(events[4].value(QStringLiteral("retryAfterMs")).toInt() >= 0);
     QVERIFY2(!events[6].contains(retryOf), "the one before it has succeeded");
+}
+
+void TestTraceEvents::requestsThatFailed_pushTheOldestOut()
+{
+    const auto request = [](int number) {
+        HttpRequest failed = requestOf("PUT / HTTP/1.1", QByteArray::number(number));
+        failed.number = number;
+        return failed;
+    };
+    for (int number = 1; number <= mostWaiting + 1; ++number) {
+        Q_EMIT simulator->server().answered(request(number));
+    }
+
+    for (const int number : {1, 2, mostWaiting + 1}) {
+        Q_EMIT simulator->server().received(request(number));
+    }
+
+    const auto retryOf = QStringLiteral("retryOf");
+    QCOMPARE(events.size(), mostWaiting + 4);
+    QVERIFY(!events.at(mostWaiting + 1).contains(retryOf));
+    QCOMPARE(events.at(mostWaiting + 2).value(retryOf).toInt(), 2);
+    QCOMPARE(events.at(mostWaiting + 3).value(retryOf).toInt(), mostWaiting + 1);
 }
 
 void TestTraceEvents::widgetOfARequest_isFoundByItsApplication()
