@@ -147,7 +147,7 @@ void BusEvents::takeCall(const BusMessage &message)
     if (isOfTheBus || (call.from == Lane::widgets && call.to == Lane::widgets)) {
         return;
     }
-    const QString service = monitor.nameOf(message.destination);
+    const QString service = nameOf(message.destination);
     const QString title = titleOf(message, arguments);
     QJsonObject event =
         eventOf("call", call.from, call.to,
@@ -203,7 +203,7 @@ void BusEvents::takeSignal(const BusMessage &message)
         return;
     }
     const QJsonArray arguments = shownOf(message.member, message.arguments);
-    const QString service = monitor.nameOf(message.sender);
+    const QString service = nameOf(message.sender);
     const QString title = titleOf(message, arguments);
     QJsonObject event =
         eventOf("signal", from, from == Lane::qwixtd ? Lane::widgets : Lane::qwixtd,
@@ -224,7 +224,15 @@ void BusEvents::takeOwner(const QString &name, bool isOwned)
         name + (isOwned ? QStringLiteral(" is on the bus") : QStringLiteral(" is gone from the bus"))));
 }
 
+QString BusEvents::nameOf(const QString &busName) const
+{
+    const QStringList names = monitor.namesOf(busName);
+    const auto known = std::find_if(names.begin(), names.end(),
+                                    [](const QString &name) { return laneOfName(name) != Lane::widgets; });
+    return known == names.end() ? names.value(0) : *known;
+}
+
 QString BusEvents::laneOf(const QString &busName) const
 {
-    return laneOfName(monitor.nameOf(busName));
+    return laneOfName(nameOf(busName));
 }

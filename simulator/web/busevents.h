@@ -32,6 +32,8 @@ private:
     void takeAnswer(const BusMessage &message);
     void takeSignal(const BusMessage &message);
     void takeOwner(const QString &name, bool isOwned);
+    /// The name that says most of the connection @p busName; empty when it has none.
+    QString nameOf(const QString &busName) const;
     QString laneOf(const QString &busName) const;
 
     BusMonitor &monitor;

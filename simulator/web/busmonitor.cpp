@@ -97,9 +97,9 @@ void BusMonitor::readWhatIsThere()
     }
 }
 
-QString BusMonitor::nameOf(const QString &uniqueName) const
+QStringList BusMonitor::namesOf(const QString &uniqueName) const
 {
-    return uniqueName.startsWith(QLatin1Char(':')) ? owners.key(uniqueName) : uniqueName;
+    return uniqueName.startsWith(QLatin1Char(':')) ? owners.keys(uniqueName) : QStringList{uniqueName};
 }
 
 bool BusMonitor::isOwned(const QString &wellKnownName) const

@@ -4,6 +4,7 @@
 
 #include <QMap>
 #include <QObject>
+#include <QStringList>
 
 #include <memory>
 
@@ -25,9 +26,8 @@ public:
 
     /// Reports at once what has come.
     void readWhatIsThere();
-    /// The well-known name that the connection @p uniqueName owns, one of them if it owns several; empty when
-    /// it owns none. A well-known name stands for itself.
-    QString nameOf(const QString &uniqueName) const;
+    /// The well-known names that the connection @p uniqueName owns. A well-known name stands for itself.
+    QStringList namesOf(const QString &uniqueName) const;
     bool isOwned(const QString &wellKnownName) const;
 
 Q_SIGNALS:

@@ -116,6 +116,7 @@ private Q_SLOTS:
     void whatIsNoneOfTheDevices_isLeftOut();
     void signal_goesFromItsSenderToItsHearers();
     void name_comesAndGoes();
+    void daemonWithAnotherName_isTheDaemon();
     void apiKey_isLeftOut_data();
     void apiKey_isLeftOut();
     void argument_isShownAsItIs_data();
@@ -403,6 +404,22 @@ void TestTraceEvents::name_comesAndGoes()
     QCOMPARE(textOf(events[0], "title"), QStringLiteral("com.qwixtd is on the bus"));
     QCOMPARE(textOf(events[1], "title"), QStringLiteral("com.qwixtd is gone from the bus"));
     QCOMPARE(textOf(events[1], "from"), Lane::qwixtd);
+}
+
+void TestTraceEvents::daemonWithAnotherName_isTheDaemon()
+{
+    Peer daemon(bus.address(), QStringLiteral("daemon"));
+    QVERIFY(daemon.bus.registerService(QStringLiteral("com.another")));
+    QVERIFY(daemon.bus.registerService(daemonName));
+    QTRY_VERIFY(monitor->isOwned(daemonName));
+
+    daemon.bus.send(
+        QDBusMessage::createSignal(QStringLiteral("/"), daemonInterface, QStringLiteral("daemonDidStart")));
+
+    QTRY_VERIFY(!eventOf("signal", QStringLiteral("daemonDidStart()")).isEmpty());
+    const QJsonObject event = eventOf("signal", QStringLiteral("daemonDidStart()"));
+    QCOMPARE(textOf(event, "from"), Lane::qwixtd);
+    QCOMPARE(textOf(event, "service"), daemonName);
 }
 
 void TestTraceEvents::apiKey_isLeftOut_data()
