@@ -35,6 +35,8 @@ HttpConnection::~HttpConnection()
 {
     // A socket that closes late has nobody to report to.
     socket->disconnect(this);
+    // An answer that is written may still wait for the event loop, which may have ended with the program.
+    socket->flush();
 }
 
 void HttpConnection::send(const HttpAnswer &answer)

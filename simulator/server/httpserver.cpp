@@ -10,6 +10,7 @@
 #include <deque>
 #include <limits>
 #include <map>
+#include <utility>
 
 namespace
 {
@@ -187,9 +188,10 @@ HttpServer::HttpServer(QObject *parent)
 
 HttpServer::~HttpServer()
 {
-    // The connections that this cuts off are not reported.
+    // Connections that end now are not reported.
     blockSignals(true);
-    stop();
+    d->listener.close();
+    qDeleteAll(std::exchange(d->connections, {}));
 }
 
 bool HttpServer::start(quint16 port)

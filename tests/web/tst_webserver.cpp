@@ -76,6 +76,7 @@ private Q_SLOTS:
     void whatIsNotThere_isRefused_data();
     void whatIsNotThere_isRefused();
     void command_isAnsweredAsAtThePrompt();
+    void commandThatEndsTheProgram_isAnswered();
     void commandOfTwoLines_isRefused_data();
     void commandOfTwoLines_isRefused();
     void longCommand_isRefused_data();
@@ -311,6 +312,20 @@ void TestWebServer::command_isAnsweredAsAtThePrompt()
     QCOMPARE(bodyOf(answer), QByteArray("{\"answer\":\"ok: added as app-1\"}"));
     QCOMPARE(simulator->server().applications().at(0).identifier, textOf("a \"b\""));
     QCOMPARE(simulator->server().applications().at(0).name, textOf("\xc3\xbc"));
+}
+
+void TestWebServer::commandThatEndsTheProgram_isAnswered()
+{
+    const auto end = [this] { server.reset(); };
+    connect(interpreter.get(), &CommandInterpreter::quitRequested, this, end, Qt::QueuedConnection);
+
+    const auto client = begin(post("quit", host()));
+    QTRY_VERIFY(server == nullptr);
+
+    QTRY_COMPARE(client->state(), QAbstractSocket::UnconnectedState);
+    const QByteArray answer = client->readAll();
+    QCOMPARE(statusOf(answer), 200);
+    QVERIFY(bodyOf(answer).startsWith("{\"answer\":"));
 }
 
 void TestWebServer::commandOfTwoLines_isRefused_data()
