@@ -578,14 +578,17 @@ test('simulatorStartedAgain_isFollowedByThePage', async () => {
   await ownDevice.stop();
 });
 
-test('storyStoppedByThePerson_isNoFailureAndPlaysOnceMore', async () => {
+test('storyOnACrowdedDevice_beginsWithNothingAndMayBeStopped', async () => {
   const ownDevice = new Device();
   await ownDevice.start();
   const page = await openPage(browser, ownDevice.url);
+  ownDevice.type(...Array.from({length: 105}, (unused, i) => `create-widget w${i}`));
+  await page.locator('#widgets').getByText('100 of 105').waitFor();
   const steps = () => [...ownDevice.output.matchAll(/note +1\. The device boots/g)].length;
 
   await page.click('#play');
   await until('the first step', () => steps() === 1);
+  assert.equal([...ownDevice.output.matchAll(/says widgetDeleted\(/g)].length, 105);
   await page.click('#play');
   await page.getByText('The story was stopped.').waitFor();
   assert.equal(await page.locator('.story .bad').count(), 0);

@@ -69,6 +69,11 @@ function fill(list, items, whenEmpty) {
   }
 }
 
+// A last item that says that there are more.
+function moreOf(shown, count) {
+  return shown < count ? [asItem(element('li', {class: 'none'}, `${shown} of ${count}`), '', [shown, count])] : [];
+}
+
 /** Shows the state, and sends what the buttons mean through `send`. */
 export class Controls {
   constructor(send) {
@@ -125,9 +130,10 @@ export class Controls {
         }
       })));
     this.showWidgets(state);
-    fill(find('applications'), state.applications.map((record) => makeRecord(record.appId,
+    fill(find('applications'), [...state.applications.map((record) => makeRecord(record.appId,
       `${record.identifier}: ${record.name}, ${record.type}`, 'Remove',
-      () => this.send(`remove-app ${commandWord(record.appId)}`))), 'none');
+      () => this.send(`remove-app ${commandWord(record.appId)}`))),
+    ...moreOf(state.applications.length, state.applicationCount)], 'none');
     fill(find('faults'), state.faults.map((fault) => makeRecord(fault, '')), 'none');
     if (JSON.stringify(state.applications) !== before) {
       this.offerApplication();
@@ -142,8 +148,9 @@ export class Controls {
     this.removedWidgets = new Set([...this.removedWidgets].slice(-mostRemoved));
     this.lastWidgets = state.widgets;
     const all = [...state.widgets.map((id) => [id, true]), ...[...this.removedWidgets].map((id) => [id, false])];
-    fill(find('widgets'), all.map(([id, isOn]) => makeSwitch(id, isOn ? 'installed' : 'removed', isOn, false,
-      (turnOn) => this.send(`${turnOn ? 'create' : 'delete'}-widget ${commandWord(id)}`))), 'none installed');
+    fill(find('widgets'), [...all.map(([id, isOn]) => makeSwitch(id, isOn ? 'installed' : 'removed', isOn, false,
+      (turnOn) => this.send(`${turnOn ? 'create' : 'delete'}-widget ${commandWord(id)}`))),
+    ...moreOf(state.widgets.length, state.widgetCount)], 'none installed');
     find('known').replaceChildren(...state.widgets.map((id) => element('option', {value: id})));
   }
 }

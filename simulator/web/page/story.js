@@ -152,9 +152,28 @@ export class Story {
       await this.order('stop-service qwixtd');
       await this.seen(note('com.qwixtd is gone from the bus'));
     }
-    const {widgets, applications} = this.state();
-    await this.order('clear-key', 'clear-remote-id', ...widgets.map((id) => `delete-widget ${commandWord(id)}`),
-      ...applications.map((record) => `remove-app ${commandWord(record.appId)}`));
+    await this.order('clear-key', 'clear-remote-id');
+    await this.removeAll('delete-widget', (state) => state.widgets);
+    await this.removeAll('remove-app', (state) => state.applications.map((record) => record.appId));
+  }
+
+  // The state lists the first of many only; the next come when those are gone.
+  async removeAll(command, idsOf) {
+    for (let ids = idsOf(this.state()); ids.length; ids = idsOf(this.state())) {
+      await this.order(...ids.map((id) => `${command} ${commandWord(id)}`));
+      await this.comesTrue(() => !ids.some((id) => idsOf(this.state()).includes(id)));
+    }
+  }
+
+  async comesTrue(isTrue) {
+    const end = performance.now() + patienceMs;
+    while (!isTrue()) {
+      this.goOnOrStop();
+      if (performance.now() > end) {
+        throw new Error(`the device did not follow within ${patienceMs / 1000} s`);
+      }
+      await this.sleep(20);
+    }
   }
 
   /** From here on only what comes afterwards is seen. */
