@@ -495,15 +495,20 @@ test('fileThatIsNoTrace_isRefusedAndChangesNothing', async () => {
   await close(page);
 });
 
-test('savedTraceOfManyEvents_isSeenWhole', async () => {
+test('savedTraceOfManyEvents_isSeenWholeAndExportedUpToABound', async () => {
   const page = await openPage(browser, device.url);
-  const list = Array.from({length: 130000}, (unused, i) =>
+  const list = Array.from({length: 101000}, (unused, i) =>
     ({n: i + 1, t: i, kind: 'note', from: 'server', to: 'server', title: `note ${i + 1}`}));
 
   await page.setInputFiles('#file', {name: 'long.html', mimeType: 'text/html',
     buffer: Buffer.from(`<script type="application/json" id="trace">${JSON.stringify(list)}</script>`)});
 
-  await until('all events', async () => (await page.textContent('#count')) === '130000 events');
+  await until('all events', async () => (await page.textContent('#count')) === '101000 events');
+  const svg = await exported(page);
+
+  assert.ok(svg.includes('The newest 10000 rows of 101000; a filter leaves fewer.'));
+  assert.deepEqual([...svg.matchAll(/id="event-saved-(\d+)"/g)].map(([, n]) => Number(n)),
+    list.slice(-10000).map(({n}) => n));
   await close(page);
 });
 

@@ -127,17 +127,25 @@ function styleText() {
   return rules.replace(/var\((--[a-z-]+)\)/g, (whole, name) => root.getPropertyValue(name).trim());
 }
 
-/** The whole chart as a file of its own. */
+// More rows than these take a browser long to draw and longer to open.
+const mostExported = 10000;
+
+/** The chart as a file of its own: its newest rows, which says so when there are more. */
 export function exportedSvg(layout, screenWidth) {
   const geometry = geometryOf(Math.max(screenWidth, 900));
-  const top = 36;
-  const height = Math.ceil(layout.height) + top + 8;
+  const rows = layout.rows.slice(-mostExported);
+  const begin = rows[0]?.y ?? 0;
+  const isCut = rows.length < layout.rows.length;
+  const top = isCut ? 60 : 36;
+  const height = Math.ceil(layout.height - begin) + top + 8;
+  const remark = isCut ? [svg('text', {class: 'label quiet', x: 12, y: 46},
+    `The newest ${mostExported} rows of ${layout.rows.length}; a filter leaves fewer.`)] : [];
   const names = lanes.map((lane) => svg('text', {class: 'label strong', x: geometry.x[lane.id], y: 22,
     'text-anchor': 'middle'}, lane.name));
-  const body = svg('g', {transform: `translate(0 ${top})`}, ...laneLines(geometry, 0, layout.height),
-    ...layout.rows.map((row) => drawRow(row, geometry, layout.eventCount, false)));
+  const body = svg('g', {transform: `translate(0 ${top - begin})`}, ...laneLines(geometry, begin, layout.height),
+    ...rows.map((row) => drawRow(row, geometry, layout.eventCount, false)));
   const picture = svg('svg', {class: 'picture', width: geometry.width, height,
     viewBox: `0 0 ${geometry.width} ${height}`},
-  svg('style', {}, styleText()), svg('rect', {class: 'ground', width: '100%', height: '100%'}), ...names, body);
+  svg('style', {}, styleText()), svg('rect', {class: 'ground', width: '100%', height: '100%'}), ...names, ...remark, body);
   return `<?xml version="1.0" encoding="UTF-8"?>\n${new XMLSerializer().serializeToString(picture)}\n`;
 }
