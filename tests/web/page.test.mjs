@@ -571,6 +571,9 @@ test('simulatorStartedAgain_isFollowedByThePage', async () => {
 
   await ownDevice.stopSimulator();
   await page.getByText('no connection').waitFor();
+  await page.click('#save');
+  await page.getByText('no connection: the trace cannot be saved, but exported as SVG').waitFor();
+  assert.ok((await exported(page)).includes('remoteId'));
   await ownDevice.startSimulator(ownDevice.port);
   await page.getByText('connected', {exact: true}).waitFor();
   await shown(page, 'The simulator was started again');

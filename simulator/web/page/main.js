@@ -15,6 +15,7 @@ const events = new Events();
 const chart = new Chart(events, (event) => showDetails(event, events));
 let link;
 let story;
+let wasConnected;
 
 function say(text, kind) {
   at('connection').textContent = text;
@@ -158,8 +159,22 @@ function showPlay(state) {
   at('play').title = state.qwixtd.ours ? '' : 'The story starts and stops the daemon: use tools/demo.sh --web';
 }
 
+// Each try that fails is announced; only a change is news.
 function showConnection(isConnected) {
-  say(isConnected ? 'connected' : 'no connection, trying again', isConnected ? 'good' : 'bad');
+  if (isConnected !== wasConnected) {
+    wasConnected = isConnected;
+    say(isConnected ? 'connected' : 'no connection, trying again', isConnected ? 'good' : 'bad');
+  }
+}
+
+// The simulator makes the file.
+function listenToSave() {
+  at('save').addEventListener('click', (click) => {
+    if (!wasConnected) {
+      click.preventDefault();
+      say('no connection: the trace cannot be saved, but exported as SVG', 'bad');
+    }
+  });
 }
 
 function goLive() {
@@ -183,6 +198,7 @@ function goLive() {
 
 listenToToolbar();
 listenToFiles();
+listenToSave();
 if (at('trace')) {
   showTrace(at('trace').textContent, 'Saved trace');
 } else {
