@@ -1,5 +1,8 @@
 #include "httpanswer.h"
 
+#include <algorithm>
+#include <limits>
+
 namespace
 {
 constexpr int chunkSize = 7;
@@ -19,11 +22,8 @@ QByteArray inChunks(const QByteArray &body)
     return text + "0\r\n\r\n";
 }
 
-QByteArray wholeTextOf(const HttpAnswer &answer)
+QByteArray headOf(const HttpAnswer &answer)
 {
-    if (!answer.wholeText.isEmpty() || answer.isNothing()) {
-        return answer.wholeText;
-    }
     QByteArray head =
         "HTTP/1.1 " + QByteArray::number(answer.status) + (answer.status < 400 ? " OK" : " Refused");
     if (!mayHaveBody(answer.status)) {
@@ -35,14 +35,22 @@ QByteArray wholeTextOf(const HttpAnswer &answer)
     }
     switch (answer.framing) {
     case HttpAnswer::Framing::Chunked:
-        return head + "\r\nTransfer-Encoding: chunked\r\n\r\n" + inChunks(answer.body);
+        return head + "\r\nTransfer-Encoding: chunked\r\n\r\n";
     case HttpAnswer::Framing::Endless:
     case HttpAnswer::Framing::Streamed:
-        return head + "\r\n\r\n" + answer.body;
+        return head + "\r\n\r\n";
     case HttpAnswer::Framing::WithLength:
         break;
     }
-    return head + "\r\nContent-Length: " + QByteArray::number(answer.body.size()) + "\r\n\r\n" + answer.body;
+    return head + "\r\nContent-Length: " + QByteArray::number(answer.body.size()) + "\r\n\r\n";
+}
+
+QByteArray bodyOf(const HttpAnswer &answer)
+{
+    if (!mayHaveBody(answer.status)) {
+        return {};
+    }
+    return answer.framing == HttpAnswer::Framing::Chunked ? inChunks(answer.body) : answer.body;
 }
 } // namespace
 
@@ -70,7 +78,16 @@ bool HttpAnswer::isNothing() const
 
 QByteArray HttpAnswer::text() const
 {
-    QByteArray bytes = wholeTextOf(*this);
-    bytes.chop(missingBytes);
-    return bytes;
+    return beginning(std::numeric_limits<int>::max());
+}
+
+QByteArray HttpAnswer::beginning(int size) const
+{
+    const bool isMade = wholeText.isEmpty() && !isNothing();
+    const QByteArray head = isMade ? headOf(*this) : wholeText;
+    // Shared with the answer and not copied, unless it goes out in chunks.
+    const QByteArray rest = isMade ? bodyOf(*this) : QByteArray();
+    const auto sent = std::max<qint64>(qint64{head.size()} + rest.size() - missingBytes, 0);
+    const auto wanted = static_cast<int>(std::min<qint64>(sent, size));
+    return head.left(wanted) + rest.left(std::max(wanted - static_cast<int>(head.size()), 0));
 }

@@ -52,4 +52,6 @@ struct HttpAnswer {
     bool isNothing() const;
     /// The bytes that go out, the missing ones left out. An endless answer goes on with its body.
     QByteArray text() const;
+    /// The first @p size bytes of text(), or fewer; a long body is not copied for them.
+    QByteArray beginning(int size) const;
 };

@@ -153,7 +153,7 @@ void HttpServer::Private::conclude(HttpRequest request, const HttpAnswer &answer
 {
     request.status = answer.status;
     request.answerBody = answer.body;
-    request.answerBytes = answer.text().left(largestAnswerKept);
+    request.answerBytes = answer.beginning(largestAnswerKept);
     request.answeredAtMs = nowMs();
     // Mostly the last one; none when it has left the record meanwhile.
     const auto logged = std::find_if(log.rbegin(), log.rend(), [&request](const HttpRequest &candidate) {

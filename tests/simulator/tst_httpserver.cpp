@@ -25,6 +25,7 @@ HttpAnswer answerOf(const QByteArray &body, HttpAnswer::Ending ending = HttpAnsw
 }
 } // namespace
 
+Q_DECLARE_METATYPE(HttpAnswer)
 Q_DECLARE_METATYPE(HttpAnswer::Ending)
 
 /// What the server does on the wire, with TLS and without.
@@ -64,6 +65,8 @@ private Q_SLOTS:
     void requestsAtOnce_areAnsweredInOrder();
     void requestsTooManyAtOnce_waitWithTheClient_data() { withAndWithoutTls(); }
     void requestsTooManyAtOnce_waitWithTheClient();
+    void answer_isKeptByItsBeginning_data();
+    void answer_isKeptByItsBeginning();
     void record_holdsTheNewestRequests_data();
     void record_holdsTheNewestRequests();
     void whatIsNoRequest_is400AndNotOnRecord();
@@ -456,6 +459,49 @@ void TestHttpServer::requestsTooManyAtOnce_waitWithTheClient()
     QVERIFY2(!isTaken, "what nobody asks for yet fills the server's memory");
     QTRY_COMPARE_WITH_TIMEOUT(server->requestCount(), 2, 30000);
     QCOMPARE(server->requests().at(1).body.size(), flood);
+}
+
+void TestHttpServer::answer_isKeptByItsBeginning_data()
+{
+    QTest::addColumn<HttpAnswer>("answer");
+    QTest::addColumn<QByteArray>("text");
+    const HttpAnswer plain = answerOf("body");
+    HttpAnswer chunked = plain;
+    chunked.framing = HttpAnswer::Framing::Chunked;
+    HttpAnswer streamed = plain;
+    streamed.framing = HttpAnswer::Framing::Streamed;
+    HttpAnswer cut = plain;
+    cut.missingBytes = 3;
+    HttpAnswer cutInItsHead = plain;
+    cutInItsHead.missingBytes = 6;
+    HttpAnswer cutToNothing = plain;
+    cutToNothing.missingBytes = 1000;
+    HttpAnswer empty = plain;
+    empty.status = 204;
+    const QByteArray head = "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\n";
+    QTest::newRow("with its length") << plain << head + "Content-Length: 4\r\n\r\nbody";
+    QTest::newRow("in chunks") << chunked
+                               << head + "Transfer-Encoding: chunked\r\n\r\n4\r\nbody\r\n0\r\n\r\n";
+    QTest::newRow("streamed") << streamed << head + "\r\nbody";
+    QTest::newRow("cut in its body") << cut << head + "Content-Length: 4\r\n\r\nb";
+    QTest::newRow("cut in its head") << cutInItsHead << head + "Content-Length: 4\r\n";
+    QTest::newRow("cut to nothing") << cutToNothing << QByteArray();
+    QTest::newRow("without a body") << empty << QByteArray("HTTP/1.1 204 OK\r\n\r\n");
+    QTest::newRow("exact") << HttpAnswer::exactly("HTTP/1.1 418 No") << QByteArray("HTTP/1.1 418 No");
+    QTest::newRow("none") << HttpAnswer::nothing(HttpAnswer::Ending::Close) << QByteArray();
+}
+
+void TestHttpServer::answer_isKeptByItsBeginning()
+{
+    QFETCH(const HttpAnswer, answer);
+    QFETCH(const QByteArray, text);
+
+    const QByteArray whole = answer.text();
+
+    QCOMPARE(whole, text);
+    for (int size = 0; size <= text.size() + 1; ++size) {
+        QCOMPARE(answer.beginning(size), text.left(size));
+    }
 }
 
 void TestHttpServer::record_holdsTheNewestRequests_data()
