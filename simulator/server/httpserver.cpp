@@ -2,6 +2,7 @@
 
 #include "httpconnection.h"
 #include "listener.h"
+#include "requestrecord.h"
 
 #include <QTimer>
 
@@ -10,7 +11,6 @@
 #include <deque>
 #include <limits>
 #include <map>
-#include <utility>
 
 namespace
 {
@@ -36,7 +36,6 @@ public:
     bool listen(quint16 port);
     void adopt(QTcpSocket *socket);
     void take(HttpConnection *connection, HttpRequest request);
-    void record(const HttpRequest &request);
     HttpAnswer answerFor(const HttpRequest &request);
     void hold(const Waiting &waiting);
     void send(qint64 number);
@@ -52,11 +51,10 @@ public:
     Script script;
     std::map<qint64, Waiting> inFlight; // by the requests' numbers
     QList<HttpConnection *> connections;
-    QList<HttpRequest> log;
+    RequestRecord record;
     qint64 requestsReceived = 0;
     int mostInFlight = 0;
     int mostConnections = std::numeric_limits<int>::max();
-    int mostOnRecord = std::numeric_limits<int>::max();
     int largestBody = std::numeric_limits<int>::max();
 };
 
@@ -93,7 +91,7 @@ void HttpServer::Private::take(HttpConnection *connection, HttpRequest request)
     request.number = ++requestsReceived;
     request.receivedAtMs = nowMs();
     request.othersInFlight = static_cast<int>(inFlight.size());
-    record(request);
+    record.add(request);
     Q_EMIT q.received(request);
     const Waiting waiting{connection, request, answerFor(request)};
     inFlight.insert({request.number, waiting});
@@ -102,14 +100,6 @@ void HttpServer::Private::take(HttpConnection *connection, HttpRequest request)
         hold(waiting);
     } else {
         send(request.number);
-    }
-}
-
-void HttpServer::Private::record(const HttpRequest &request)
-{
-    log.append(request);
-    while (log.size() > mostOnRecord) {
-        log.removeFirst();
     }
 }
 
@@ -155,13 +145,7 @@ void HttpServer::Private::conclude(HttpRequest request, const HttpAnswer &answer
     request.answerBody = answer.body;
     request.answerBytes = answer.beginning(largestAnswerKept);
     request.answeredAtMs = nowMs();
-    // Mostly the last one; none when it has left the record meanwhile.
-    const auto logged = std::find_if(log.rbegin(), log.rend(), [&request](const HttpRequest &candidate) {
-        return candidate.number == request.number;
-    });
-    if (logged != log.rend()) {
-        *logged = request;
-    }
+    record.update(request);
     Q_EMIT q.answered(request);
 }
 
@@ -191,7 +175,7 @@ HttpServer::~HttpServer()
     // Connections that end now are not reported.
     blockSignals(true);
     d->listener.close();
-    qDeleteAll(std::exchange(d->connections, {}));
+    qDeleteAll(d->connections);
 }
 
 bool HttpServer::start(quint16 port)
@@ -280,22 +264,22 @@ void HttpServer::setLargestBody(int size)
 
 void HttpServer::setMostOnRecord(int count)
 {
-    d->mostOnRecord = count;
+    d->record.setMost(count);
 }
 
 QList<HttpRequest> HttpServer::requests() const
 {
-    return d->log;
+    return d->record.all();
 }
 
 int HttpServer::requestCount() const
 {
-    return static_cast<int>(d->log.size());
+    return static_cast<int>(d->record.all().size());
 }
 
 void HttpServer::clearRequests()
 {
-    d->log.clear();
+    d->record.clear();
     d->mostInFlight = static_cast<int>(d->inFlight.size());
 }
 
