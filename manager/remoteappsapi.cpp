@@ -73,7 +73,7 @@ QList<RemoteApplication> readListReply(const QByteArray &body, const QString &re
 {
     QList<RemoteApplication> applications;
     const QJsonArray apps = readObject(body).value(WireKey::apps).toArray();
-    for (const QJsonValue &element : apps) {
+    for (const auto &element : apps) {
         const QJsonObject app = element.toObject();
         if (element.isObject() && textOf(app, WireKey::deviceId) == remoteId) {
             applications.append({textOf(app, WireKey::appId), textOf(app, WireKey::identifier),
