@@ -53,7 +53,7 @@ public:
     /// Gives back what it keeps for more than it holds.
     void squeeze()
     {
-        order.squeeze();
+        order = QList<RemoteTaskDescription>(order.cbegin(), order.cend());
         counts.squeeze();
         walkedCounts.squeeze();
     }
