@@ -41,10 +41,10 @@ Message answerTo(DBusConnection *connection, const Message &call, Error &error)
 }
 } // namespace
 
-void BusMonitor::Closer::operator()(DBusConnection *connection) const
+void BusMonitor::Closer::operator()(DBusConnection *open) const
 {
-    dbus_connection_close(connection);
-    dbus_connection_unref(connection);
+    dbus_connection_close(open);
+    dbus_connection_unref(open);
 }
 
 BusMonitor::BusMonitor(QObject *parent)
